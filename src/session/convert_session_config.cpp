@@ -1,0 +1,3 @@
+#include "session/session.h"
+
+void convert_session_config() {}

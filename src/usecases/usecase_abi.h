@@ -1,0 +1,64 @@
+#pragma once
+
+// The binary interface between zelno and a use-case library: the two option
+// records and the eight functions. A library builds against this header with
+// the same toolchain and standard library as zelno; the records are read by
+// their offsets, which the asserts below pin down.
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+struct wattscope_options {
+    int32_t sampfreq;         // Samples per second.
+    std::string output;       // Output file.
+    std::string format;       // "csv" or "gnuplot", as typed.
+    std::string trace_mode;   // "ws" or "ws+", as typed.
+    std::string config;       // Board configuration file of the session.
+    std::string device;       // Device name of the session.
+    int32_t maxoutsize;       // Size limit of the output file.
+    std::string range;        // "lo" or "hi", as typed.
+    int32_t duration;         // Milliseconds; 0 or less is no limit.
+    uint8_t trig;             // 1: wait for the hardware trigger.
+    uint8_t saveall;          // 1: keep every sample in the file.
+    std::shared_ptr<void> shared_slot;  // Empty on the way in.
+};
+
+struct prodtest_options {
+    std::string input;   // Test description file.
+    std::string config;  // Board configuration file of the session.
+    std::string device;  // Device name of the session.
+};
+
+static_assert(sizeof(std::string) == 32, "the records assume a 32-byte string");
+static_assert(offsetof(wattscope_options, sampfreq) == 0);
+static_assert(offsetof(wattscope_options, output) == 8);
+static_assert(offsetof(wattscope_options, format) == 40);
+static_assert(offsetof(wattscope_options, trace_mode) == 72);
+static_assert(offsetof(wattscope_options, config) == 104);
+static_assert(offsetof(wattscope_options, device) == 136);
+static_assert(offsetof(wattscope_options, maxoutsize) == 168);
+static_assert(offsetof(wattscope_options, range) == 176);
+static_assert(offsetof(wattscope_options, duration) == 208);
+static_assert(offsetof(wattscope_options, trig) == 212);
+static_assert(offsetof(wattscope_options, saveall) == 213);
+static_assert(offsetof(wattscope_options, shared_slot) == 216);
+static_assert(sizeof(wattscope_options) == 232);
+static_assert(offsetof(prodtest_options, input) == 0);
+static_assert(offsetof(prodtest_options, config) == 32);
+static_assert(offsetof(prodtest_options, device) == 64);
+static_assert(sizeof(prodtest_options) == 96);
+
+// The library's exports, under these names or with a leading underscore.
+// C linkage for the names; the records cross as C++ objects.
+extern "C" {
+using wattscope_create_fn = int32_t (*)(const wattscope_options* options, void** handle);
+using wattscope_run_fn = int32_t (*)(void* handle);
+using wattscope_stop_fn = int32_t (*)(void* handle);
+using wattscope_destroy_fn = int32_t (*)(void* handle);
+using prodtest_create_fn = int32_t (*)(const prodtest_options* options, void** handle);
+using prodtest_run_fn = int32_t (*)(void* handle);
+using prodtest_stop_fn = int32_t (*)(void* handle);
+using prodtest_destroy_fn = int32_t (*)(void* handle);
+}
