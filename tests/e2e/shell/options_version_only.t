@@ -1,0 +1,2 @@
+$ --version
+> zelno 1.0.0.1
