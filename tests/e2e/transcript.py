@@ -76,6 +76,7 @@ class Transcript:
         self.status = 0
         self.timeout = 60.0
         self.cwd = "."
+        self.program = None  # zelno to run, relative to the work directory
 
     def expand(self, text):
         for key, value in self.env.items():
@@ -137,6 +138,8 @@ class Transcript:
                     self.setup.append((verb, arg))
                 elif verb == "cd":
                     self.cwd = arg
+                elif verb == "program":
+                    self.program = arg
                 elif verb == "status":
                     self.status = int(arg)
                 elif verb == "timeout":
@@ -181,6 +184,11 @@ def run(transcript_path):
                 f.write("".join(text for _, text in content.pieces))
 
     zelno = os.environ["ZELNO"]
+    if t.program:
+        zelno = os.path.join(work, t.program)
+        if not os.path.exists(zelno):
+            os.makedirs(os.path.dirname(zelno), exist_ok=True)
+            shutil.copy(os.environ["ZELNO"], zelno)
     process = subprocess.Popen([zelno] + t.args, cwd=os.path.join(work, t.cwd),
                                stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                stderr=subprocess.PIPE, env=process_env)
