@@ -15,6 +15,10 @@ extern const char path_separator;
 // on Windows.
 extern const char* const library_search_variable;
 extern const char* const library_search_separator;
+// What the platform puts around a library's base name in its file name:
+// "lib" and ".so" on POSIX, "" and ".dll" on Windows.
+extern const char* const library_prefix;
+extern const char* const library_suffix;
 
 // Id of the calling thread, never 0: the kernel thread id on POSIX,
 // GetCurrentThreadId on Windows.
