@@ -9,6 +9,9 @@
 // argtable2, loaded at run time: the executable does not link it. The header
 // gives the published types; every call goes through these slots.
 struct argtable_binding {
+    // Names the library; loads nothing.
+    argtable_binding();
+
     decltype(&::arg_parse) arg_parse = nullptr;
     decltype(&::arg_litn) arg_litn = nullptr;
     decltype(&::arg_intn) arg_intn = nullptr;
@@ -26,11 +29,15 @@ struct argtable_binding {
     std::string library_file;
     bool initialised = false;
 
-    // Loads the library and fills the empty slots; throws std::runtime_error
-    // ("Failed to load ..." / "Symbol not found in ...: ...", no line end).
+    // Loads the library and fills the empty slots in order; throws
+    // std::runtime_error ("Failed to load ..." / "Symbol not found in ...:
+    // ...", no line end). Remembers no failure: the next call loads anew if
+    // nothing is held, and goes on at the first empty slot.
     void bind_argtable();
+    // The name as it is, else with a leading underscore; null if neither.
     VX_UTL::uDll::symbol find_argtable_symbol(const char* name);
 };
 
 // The one binding of the process, bound (or bound further) at every call.
+// Used by the parsing handlers, all on the main thread.
 argtable_binding& get_argtable_binding();
