@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 namespace VX_UTL {
 
@@ -13,12 +14,17 @@ enum : uint32_t {
     CTRL_SHUTDOWN_EVENT = 6,
 };
 
+// True when the event is handled; false passes it on to the platform's
+// default, which ends the process.
 using console_ctrl_routine = bool (*)(uint32_t control_type);
 
 // Routes console control events to `routine`, on a thread other than the
-// main thread, until the object is destroyed. On POSIX: SIGINT is blocked in
-// every thread and one thread takes it with sigwait, as CTRL_C_EVENT. Must be
-// constructed before any other thread exists.
+// main thread, until the object is destroyed; no call of `routine` is under
+// way or follows after that. On POSIX: SIGINT is blocked in the constructing
+// thread, and every thread created later inherits that, and one thread takes
+// it with sigwait, as CTRL_C_EVENT. So it must be constructed before any
+// other thread exists, and destroyed on the thread that constructed it, which
+// gets its signal mask back; a SIGINT after that has its default action.
 class uConsoleControl {
 public:
     explicit uConsoleControl(console_ctrl_routine routine);
@@ -26,12 +32,13 @@ public:
     uConsoleControl(const uConsoleControl&) = delete;
     uConsoleControl& operator=(const uConsoleControl&) = delete;
 
-    bool installed() const { return active; }
+    // False if the routing could not be set up; events then take the
+    // platform's default.
+    bool installed() const { return state != nullptr; }
 
 private:
     struct platform_state;
-    platform_state* state = nullptr;
-    bool active = false;
+    std::unique_ptr<platform_state> state;  // Null when not installed.
 };
 
 }  // namespace VX_UTL

@@ -8,7 +8,7 @@ namespace VX_UTL {
 
 // Recursive lock that knows its owner: unlock by any thread but the holder is
 // refused. The platform's lock object sits behind an opaque pointer so that
-// no platform header leaks into users.
+// no platform header leaks into users. Must be free when destroyed.
 class uMutex {
 public:
     uMutex();
@@ -25,6 +25,18 @@ private:
     // Written only by the holder; read by any thread in unlock's owner test.
     std::atomic<int32_t> lock_count{0};
     std::atomic<uint64_t> owner_thread{0};
+};
+
+// Holds a uMutex for one scope, so that no way out forgets the unlock.
+class uMutexLock {
+public:
+    explicit uMutexLock(uMutex& mutex) : held(mutex) { held.lock(); }
+    ~uMutexLock() { held.unlock(); }
+    uMutexLock(const uMutexLock&) = delete;
+    uMutexLock& operator=(const uMutexLock&) = delete;
+
+private:
+    uMutex& held;
 };
 
 }  // namespace VX_UTL
