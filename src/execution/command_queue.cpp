@@ -1,11 +1,109 @@
 #include "execution/command_queue.h"
 
-// Placeholder until the execution layer lands: nothing is queued yet.
-command_data_t::~command_data_t() = default;
+#include <iostream>
+#include <memory>
 
-void command_queue::add(std::string, zelno_command* command, int32_t) {
-    delete command;
+command_data_t::~command_data_t() {
+    delete thread;
+    delete runnable;
 }
-void command_queue::start_all() {}
-void command_queue::stop_all() {}
-void command_queue::wait_all() {}
+
+void command_queue::add(std::string name, zelno_command* command, int32_t duration) {
+    std::unique_ptr<zelno_command> owned(command);
+    auto entry = std::make_unique<command_data_t>();
+    entry->name = std::move(name);
+    entry->runnable = new command_runnable(owned.get());
+    owned.release();
+    entry->thread = new VX_UTL::uThread(entry->runnable, 0, 0);
+    entry->duration = duration;
+
+    VX_UTL::uMutexLock lock(mutex);
+    entries.emplace(next_sequence, entry.get());
+    entry.release();
+    ++next_sequence;
+}
+
+void command_queue::start_all() {
+    for (const auto& [sequence, entry] : entries) {
+        if (entry->runnable->status() == status_not_started && !entry->thread->start()) {
+            // Never reaches run: stays at 0, is not waited for and is
+            // destroyed with the rest.
+            continue;
+        }
+        entry->runnable->wait_while(status_not_started);
+    }
+}
+
+void command_queue::stop_all() {
+    // Held across test and stop, so that the entry can't be destroyed between.
+    VX_UTL::uMutexLock lock(mutex);
+    for (const auto& [sequence, entry] : entries) {
+        if (entry->runnable->status() == status_running) {
+            entry->runnable->stop();
+        }
+    }
+}
+
+void command_queue::stop_at_limit(command_data_t& entry, int32_t elapsed) {
+    std::cout << "Stopping " << entry.name << " after " << elapsed << "ms" << std::endl;
+    entry.runnable->stop();
+    entry.runnable->wait_while(status_running);
+}
+
+void command_queue::wait_all() {
+    // The sum of the waits made, not a clock: a wait that comes back early
+    // still counts whole.
+    int32_t elapsed = 0;
+    for (;;) {
+        uint32_t running = 0;
+        int32_t wait = 0;
+        command_data_t* chosen = nullptr;
+        command_data_t* first_untimed = nullptr;
+        for (const auto& [sequence, entry] : entries) {
+            if (entry->runnable->status() != status_running) {
+                continue;
+            }
+            ++running;
+            if (entry->duration <= 0) {
+                if (first_untimed == nullptr) {
+                    first_untimed = entry;
+                }
+                continue;
+            }
+            if (elapsed >= entry->duration) {
+                stop_at_limit(*entry, elapsed);
+                continue;
+            }
+            const int32_t remaining = entry->duration - elapsed;
+            if (chosen == nullptr || remaining < wait) {
+                chosen = entry;
+                wait = remaining;
+            }
+        }
+        if (running == 0) {
+            break;
+        }
+        if (chosen != nullptr) {
+            chosen->thread->wait(static_cast<uint32_t>(wait));
+            elapsed += wait;
+        } else if (first_untimed != nullptr) {
+            // Nothing with a limit runs any more, so passes until this entry
+            // leaves 4 would find nothing to do: sleep through them instead.
+            first_untimed->runnable->wait_while(status_running);
+        }
+    }
+    clean_up();
+}
+
+void command_queue::clean_up() {
+    // The status leaves 4 before the thread is done with its runnable, so
+    // each thread is waited for before its entry goes.
+    for (const auto& [sequence, entry] : entries) {
+        entry->thread->wait(VX_UTL::uThread::infinite);
+    }
+    VX_UTL::uMutexLock lock(mutex);
+    for (const auto& [sequence, entry] : entries) {
+        delete entry;
+    }
+    entries.clear();
+}

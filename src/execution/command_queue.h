@@ -30,17 +30,25 @@ public:
     command_queue(const command_queue&) = delete;
     command_queue& operator=(const command_queue&) = delete;
 
+    // Takes ownership of `command`; nothing runs yet.
     void add(std::string name, zelno_command* command, int32_t duration);
+    // Starts the entries in order, each one running before the next starts.
     void start_all();
+    // Stops the running entries; waits for none of them.
     void stop_all();
+    // Stops each entry at its limit, waits until none runs, destroys all.
     void wait_all();
 
 private:
-    // Guarded by `mutex` against stop_all while add inserts or the clean-up
-    // deletes; never held across the waits of wait_all.
+    void stop_at_limit(command_data_t& entry, int32_t elapsed);
+    void clean_up();
+
+    // Ascending keys are the order of add. Changed on the main thread only,
+    // and then under `mutex`, which stop_all holds too; never held across the
+    // waits of wait_all.
     std::map<uint32_t, command_data_t*> entries;
     VX_UTL::uMutex mutex;
-    uint32_t next_sequence = 1;
+    uint32_t next_sequence = 1;  // Main thread only. Never reset.
 };
 
 extern command_queue global_command_queue;
