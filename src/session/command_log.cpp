@@ -1,9 +1,16 @@
+#include "session/command_log.h"
+
+#include <cstdio>
 #include <iostream>
 #include <stdexcept>
 
-#include "session/command_log.h"
+#include "options/argtable_table.h"
 
 bool command_log_enabled = false;
+
+namespace {
+constexpr const char* log_usage = "usage: log -cmd <logfile>";
+}
 
 command_log_file::~command_log_file() {
     if (clog_own_buffer != nullptr && std::clog.rdbuf() == rdbuf()) {
@@ -18,8 +25,34 @@ void command_log_file::attach_clog() {
     }
 }
 
-void log_command(argument_list&, command_queue&) {
-    throw std::runtime_error("log: not built yet\n");
+void log_command(argument_list& args, command_queue&) {
+    argtable_binding& argtable = get_argtable_binding();
+    arg_lit* command_logging = argtable.arg_litn("c", "cmd", 1, 1, "Command logging");
+    arg_str* log_file = argtable.arg_strn(nullptr, nullptr, "<file>", 1, 1, "Log file");
+    arg_lit* help = argtable.arg_litn("h", "help", 0, 1, "Help");
+    struct arg_end* end = argtable.arg_end(20);
+    argtable_table<4> table(argtable, {command_logging, log_file, help, end});
+    if (table.has_null_entry()) {
+        throw std::runtime_error("log: insufficient memory\n");
+    }
+    const int errors = table.parse(args);
+
+    if (help->count == 1) {
+        std::cout << "Enable logging." << std::endl << log_usage << std::endl << std::endl;
+        return;
+    }
+    if (errors > 0) {
+        argtable.arg_print_errors(stderr, end, args[0].c_str());
+        std::cout << log_usage << std::endl << std::endl;
+    }
+    command_log_file_name = log_file->sval[0];
+    enable_command_log(command_log_file_name);
 }
 
-void enable_command_log(const std::string&) {}
+void enable_command_log(const std::string& file_name) {
+    // A stream that already holds a file keeps it: the open only sets the
+    // fail bit, and the lines go on to the first file.
+    command_log_stream.open(file_name, std::ios_base::out);
+    command_log_enabled = true;
+    command_log_stream.attach_clog();
+}

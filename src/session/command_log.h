@@ -9,7 +9,7 @@
 // logging is on; the destructor gives std::clog its own buffer back first, so
 // nothing at the end of the process writes through a dead buffer.
 class command_log_file : public std::ofstream {
-public:
+  public:
     command_log_file() = default;
     ~command_log_file() override;
 
@@ -17,7 +17,7 @@ public:
     // for the destructor.
     void attach_clog();
 
-private:
+  private:
     std::streambuf* clog_own_buffer = nullptr;
 };
 
