@@ -83,10 +83,24 @@ class Transcript:
             text = text.replace("@" + key + "@", value)
         return text
 
-    def parse(self):
-        lines = open(self.path, encoding="utf-8").read().split("\n")
+    def read_lines(self, path):
+        """The file's lines, with each `% include NAME` replaced by the lines
+        of include/NAME.inc beside this script."""
+        lines = open(path, encoding="utf-8").read().split("\n")
         if lines and lines[-1] == "":
             lines.pop()
+        result = []
+        for line in lines:
+            if line.startswith("% include "):
+                name = line[len("% include "):].strip()
+                here = os.path.dirname(os.path.abspath(__file__))
+                result.extend(self.read_lines(os.path.join(here, "include", name + ".inc")))
+            else:
+                result.append(line)
+        return result
+
+    def parse(self):
+        lines = self.read_lines(self.path)
         current_file = None
         for number, line in enumerate(lines, 1):
             if line.startswith("#") or line == "":

@@ -12,12 +12,7 @@
 < connect -h
 < connect --config missing.dat hosted
 < prodtest
-> Welcome to zelno interactive tool (v1.0.0.1)
->
-> Type 'help' to display top-level help and display a list of commands
-> Type 'help <command>' for help with a specific command
->
->
+% include banner
 > zelno> usage: connect --device <device name> [--config <config file>] <prb|hosted>
 >
 > zelno> zelno> zelno> zelno> usage: connect --device <device name> [--config <config file>] <prb|hosted>

@@ -4,12 +4,7 @@
 < help quit
 < log --cmd later.log
 < help help
-> Welcome to zelno interactive tool (v1.0.0.1)
->
-> Type 'help' to display top-level help and display a list of commands
-> Type 'help <command>' for help with a specific command
->
->
+% include banner
 > zelno> usage: log -cmd <logfile>
 >
 > zelno> Exit the interactive tool

@@ -16,12 +16,7 @@
 < connect --config board.DAT hosted
 < connect --config target.Tgcfg hosted
 < prodtest
-> Welcome to zelno interactive tool (v1.0.0.1)
->
-> Type 'help' to display top-level help and display a list of commands
-> Type 'help <command>' for help with a specific command
->
->
+% include banner
 >| zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
 ! Incorrect connection file nodot. Must be a .dat or .tgcfg.
 ! Incorrect connection file trailing.. Must be a .dat or .tgcfg.

@@ -3,12 +3,7 @@
 = target
 % env LD_LIBRARY_PATH=@TESTLIBS@/tgcfg/no_function:@TESTLIBS@/tgcfg/fails
 < connect --config target.tgcfg hosted
-> Welcome to zelno interactive tool (v1.0.0.1)
->
-> Type 'help' to display top-level help and display a list of commands
-> Type 'help <command>' for help with a specific command
->
->
+% include banner
 >| zelno> zelno> 
 ! Function TGCFGToBoardConfigFile not found
 % no-file ws_board.dat

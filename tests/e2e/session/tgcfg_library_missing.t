@@ -7,12 +7,7 @@
 < connect --config target.tgcfg hosted
 < connect --config target.tgcfg hosted
 < prodtest
-> Welcome to zelno interactive tool (v1.0.0.1)
->
-> Type 'help' to display top-level help and display a list of commands
-> Type 'help <command>' for help with a specific command
->
->
+% include banner
 >| zelno> zelno> zelno> zelno> 
 ! Unable to load libtgcfgsetup.so
 ! Unable to load libtgcfgsetup.so

@@ -8,12 +8,7 @@
 < help "quit" help
 < "help" quit
 # (the quote cuts the line: "help" and " quit" are two commands)
-> Welcome to zelno interactive tool (v1.0.0.1)
->
-> Type 'help' to display top-level help and display a list of commands
-> Type 'help <command>' for help with a specific command
->
->
+% include banner
 > zelno> Exit the interactive tool
 > zelno> This is advanced help for prodtest
 > Options:
@@ -35,14 +30,7 @@
 > zelno> Exit the interactive tool
 > zelno> zelno> Exit the interactive tool
 > List all supported commands or get help on an invidual command
-> zelno>   quit          Exit the interactive tool
->   help          List all supported commands or get help on an invidual command
->   connect       Connect to the target
->   disconnect    Disconnect from a target
->   log           Enable logging
->   wattscope     This is simple help for wattscope
->
-> For detailed help on a specific command type: help <command>
+% include listing_after_prompt
 ! Unknown command: nosuch
 ! Unknown command: -h
 ! Unknown command: --help

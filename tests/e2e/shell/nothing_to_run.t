@@ -3,10 +3,5 @@
 <    
 < ;;
 < ; ;
-> Welcome to zelno interactive tool (v1.0.0.1)
->
-> Type 'help' to display top-level help and display a list of commands
-> Type 'help <command>' for help with a specific command
->
->
+% include banner
 >| zelno> zelno> zelno> zelno> zelno> 

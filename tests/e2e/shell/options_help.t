@@ -1,10 +1,3 @@
 # Repeated help requests give one listing.
 $ -h -h --help
->   quit          Exit the interactive tool
->   help          List all supported commands or get help on an invidual command
->   connect       Connect to the target
->   disconnect    Disconnect from a target
->   log           Enable logging
->   wattscope     This is simple help for wattscope
->
-> For detailed help on a specific command type: help <command>
+% include listing
