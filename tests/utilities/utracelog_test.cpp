@@ -104,23 +104,6 @@ TEST_F(trace_log_test, time_stamp_by_mode) {
     EXPECT_TRUE(std::regex_match(text, expected)) << text;
 }
 
-TEST_F(trace_log_test, nothing_is_written_while_off_or_gated) {
-    struct row {
-        bool enabled;
-        int32_t gate;
-    };
-    for (const row r : {row{false, 1}, row{true, 0}}) {
-        const std::string file = path("off.log");
-        {
-            uTraceLog log(file, r.enabled, true, false, false, r.gate);
-            testing::internal::CaptureStdout();
-            log.write(1, 2, "never");
-            EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-        }
-        EXPECT_FALSE(fs::exists(file)) << r.enabled << " " << r.gate;
-    }
-}
-
 TEST_F(trace_log_test, append_keeps_the_file_and_truncate_empties_it_once) {
     struct row {
         bool append;
