@@ -1,0 +1,27 @@
+# A library lacking a function of one use case fails that use case when it
+# is made, before anything is queued, while the other use case works. The
+# handle goes back when destroy can be found, and is lost when it can't.
+% file board.dat
+= board
+% copy @TESTLIBS@/usecase/no_prodtest_stop/libwattscopestandalone.so wattscope/libwattscopestandalone.so
+< connect --config board.dat hosted
+< prodtest --input limits.txt; wattscope -o f.csv ws
+< prodtest --input limits.txt
+% include banner
+>| zelno> zelno> zelno> zelno> 
+! Function prodtest_stop not found in wattscope/libwattscopestandalone.so
+! Function prodtest_stop not found in wattscope/libwattscopestandalone.so
+% expect-file double_record.txt
+= prodtest_create 1
+= input=limits.txt
+= config=board.dat
+= device=unused
+= prodtest_destroy 1 runs=0 stops=0 end=none
+= wattscope_create 2
+=~ .*
+= wattscope_destroy 2 runs=1 stops=0 end=self
+= prodtest_create 3
+= input=limits.txt
+= config=board.dat
+= device=unused
+= prodtest_destroy 3 runs=0 stops=0 end=none
