@@ -1,7 +1,5 @@
 #include <syslog.h>
 
-#include <mutex>
-
 #include "utilities/ufile.h"
 
 namespace VX_UTL {
@@ -13,7 +11,7 @@ uFile::~uFile() {
 }
 
 bool uFile::open(const char* name, const char* new_mode) {
-    const std::lock_guard<uMutex> guard(file_lock);
+    const uMutexLock guard(file_lock);
     if (stream != nullptr) {
         std::fclose(stream);
         stream = nullptr;
@@ -34,7 +32,7 @@ bool uFile::open(const char* name, const char* new_mode) {
 }
 
 std::size_t uFile::write(const void* data, std::size_t count) {
-    const std::lock_guard<uMutex> guard(file_lock);
+    const uMutexLock guard(file_lock);
     if (!is_open || data == nullptr) {
         return 0;
     }
@@ -42,7 +40,7 @@ std::size_t uFile::write(const void* data, std::size_t count) {
 }
 
 bool uFile::flush() {
-    const std::lock_guard<uMutex> guard(file_lock);
+    const uMutexLock guard(file_lock);
     if (!is_open) {
         return false;
     }

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 #include <utility>
 
 #include "utilities/utime.h"
@@ -82,7 +81,7 @@ void uTraceLog::write_list(uint32_t mask, uint32_t mode, const char* format, va_
     if (!trace_enabled || mask == 0 || trace_gate == 0) {
         return;
     }
-    const std::lock_guard<uMutex> guard(log_lock);
+    const uMutexLock guard(log_lock);
     const std::size_t length = build_line(mask, mode, format, arguments);
 
     if (!file_opened) {
