@@ -25,6 +25,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -88,6 +89,12 @@ struct handle_state {
 
 std::atomic<int> next_id{1};
 
+// Every handle not yet destroyed. Some tests leave one behind on purpose (a
+// library without a destroy function); kept reachable from here, it is no
+// leak to a leak checker. Never freed, so it outlives static destruction.
+std::mutex live_lock;
+std::set<handle_state*>* const live = new std::set<handle_state*>;
+
 // Runs in progress, and the most seen at once; for "meet".
 std::mutex meeting_lock;
 std::condition_variable meeting;
@@ -129,6 +136,8 @@ void* create_handle(const char* use_case, const std::string& name, std::vector<s
         state->use_case = use_case;
         state->how = how;
         head += std::to_string(state->id);
+        const std::lock_guard<std::mutex> hold(live_lock);
+        live->insert(state);
     }
     lines.insert(lines.begin(), head);
     if (how.env) {
@@ -192,6 +201,10 @@ int32_t destroy_handle(void* handle) {
         line += state->met ? " met=1" : " met=0";
     }
     record({line});
+    {
+        const std::lock_guard<std::mutex> hold(live_lock);
+        live->erase(state);
+    }
     delete state;
     return 0;
 }
