@@ -1,0 +1,247 @@
+#include "common/board_file.h"
+
+#include <cstdio>
+#include <set>
+
+#include "common/text_input.h"
+
+namespace standin {
+
+int64_t board_model::cycle_us() const {
+    int64_t total = 0;
+    for (const operating_mode& mode : modes) {
+        total += mode.time_us;
+    }
+    return total;
+}
+
+namespace {
+
+constexpr std::string_view format_line = "board 1";
+
+// Reads one file; the members remember which keys were seen, for the
+// "given twice" and "missing" checks.
+class board_reader {
+  public:
+    explicit board_reader(std::string_view file_name) : file_(file_name) {}
+
+    board_model read(std::string_view content) {
+        const std::vector<text_line> lines = meaningful_lines(content);
+        if (lines.empty() || lines.front().text != format_line) {
+            fail_at(file_, lines.empty() ? 1 : lines.front().number,
+                    "expected 'board 1' as the first line of a board configuration");
+        }
+        for (size_t i = 1; i < lines.size(); ++i) {
+            line_ = lines[i].number;
+            read_line(split_words(lines[i].text));
+        }
+        line_ = lines.back().number;
+        finish();
+        return board_;
+    }
+
+  private:
+    [[noreturn]] void fail(std::string_view problem) const { fail_at(file_, line_, problem); }
+
+    int64_t whole_number(std::string_view word, std::string_view what, int64_t low,
+                         int64_t high) const {
+        const std::optional<int64_t> value = parse_fixed(word, 0);
+        if (!value || *value < low || *value > high) {
+            fail(std::string(what) + " must be a whole number from " + std::to_string(low) +
+                 " to " + std::to_string(high) + ", not '" + std::string(word) + "'");
+        }
+        return *value;
+    }
+
+    void once(std::string_view key) {
+        if (!seen_.insert(std::string(key)).second) {
+            fail(std::string(key) + " is given twice");
+        }
+    }
+
+    void expect_words(const std::vector<std::string_view>& words, size_t count,
+                      std::string_view form) const {
+        if (words.size() != count) {
+            fail("expected '" + std::string(form) + "'");
+        }
+    }
+
+    void read_line(const std::vector<std::string_view>& words) {
+        const std::string_view key = words[0];
+        if (key == "target") {
+            expect_words(words, 2, "target <name>");
+            once(key);
+            if (!is_name(words[1])) {
+                fail("the target name may hold letters, digits, '_', '-' and '.' only");
+            }
+            board_.target = words[1];
+        } else if (key == "supply_uv") {
+            expect_words(words, 2, "supply_uv <microvolts>");
+            once(key);
+            board_.supply_uv = whole_number(words[1], key, 1, max_supply_uv);
+        } else if (key == "source_mohm") {
+            expect_words(words, 2, "source_mohm <milliohms>");
+            once(key);
+            board_.source_resistance_mohm = whole_number(words[1], key, 0, max_resistance_mohm);
+        } else if (key == "noise_ppm") {
+            expect_words(words, 2, "noise_ppm <parts per million>");
+            once(key);
+            board_.noise_ppm = whole_number(words[1], key, 0, 1'000'000);
+        } else if (key == "noise_floor_na") {
+            expect_words(words, 2, "noise_floor_na <nanoamperes>");
+            once(key);
+            board_.noise_floor_na = whole_number(words[1], key, 0, max_current_na);
+        } else if (key == "trigger_delay_us") {
+            expect_words(words, 2, "trigger_delay_us <microseconds>");
+            once(key);
+            board_.trigger_delay_us = whole_number(words[1], key, 0, max_mode_time_us);
+        } else if (key == "mode") {
+            read_mode(words);
+        } else if (key == "function") {
+            read_function(words);
+        } else if (key == "board") {
+            fail("'board' belongs on the first line only");
+        } else {
+            fail("unknown keyword '" + std::string(key) + "'");
+        }
+    }
+
+    void read_mode(const std::vector<std::string_view>& words) {
+        if (words.size() < 4) {
+            fail("expected 'mode <name> <nanoamperes> <microseconds> [<function>:<share>...]'");
+        }
+        if (board_.modes.size() == max_modes) {
+            fail("more than " + std::to_string(max_modes) + " modes");
+        }
+        operating_mode mode;
+        mode.name = words[1];
+        if (!is_name(mode.name)) {
+            fail("the mode name may hold letters, digits, '_', '-' and '.' only");
+        }
+        for (const operating_mode& other : board_.modes) {
+            if (other.name == mode.name) {
+                fail("mode '" + mode.name + "' is given twice");
+            }
+        }
+        mode.current_na = whole_number(words[2], "the mode's current", 0, max_current_na);
+        mode.time_us = whole_number(words[3], "the mode's time", 1, max_mode_time_us);
+        uint32_t total = 0;
+        for (size_t i = 4; i < words.size(); ++i) {
+            const size_t colon = words[i].find(':');
+            mode_code code;
+            code.function = words[i].substr(0, colon);
+            if (colon == std::string_view::npos || !is_name(code.function)) {
+                fail("expected '<function>:<share>', not '" + std::string(words[i]) + "'");
+            }
+            code.share = static_cast<uint32_t>(
+                whole_number(words[i].substr(colon + 1), "a function's share", 1, 10000));
+            total += code.share;
+            mode.code.push_back(code);
+        }
+        if (!mode.code.empty() && total != 10000) {
+            fail("the shares of mode '" + mode.name + "' add up to " + std::to_string(total) +
+                 ", not 10000");
+        }
+        mode_lines_.push_back(line_);
+        board_.modes.push_back(std::move(mode));
+    }
+
+    void read_function(const std::vector<std::string_view>& words) {
+        expect_words(words, 4, "function <name> <start> <end>");
+        code_region region;
+        region.name = words[1];
+        if (!is_name(region.name)) {
+            fail("the function name may hold letters, digits, '_', '-' and '.' only");
+        }
+        for (const code_region& other : board_.functions) {
+            if (other.name == region.name) {
+                fail("function '" + region.name + "' is given twice");
+            }
+        }
+        const std::optional<uint64_t> start = parse_address(words[2]);
+        const std::optional<uint64_t> end = parse_address(words[3]);
+        if (!start || !end || *end <= *start) {
+            fail("expected a start and a larger end address, such as 0x08000400 0x08000480");
+        }
+        region.start = *start;
+        region.end = *end;
+        board_.functions.push_back(std::move(region));
+    }
+
+    void finish() {
+        for (std::string_view key : {"target", "supply_uv"}) {
+            if (seen_.count(std::string(key)) == 0) {
+                fail("no " + std::string(key) + " is given");
+            }
+        }
+        if (board_.modes.empty()) {
+            fail("no mode is given");
+        }
+        for (size_t m = 0; m < board_.modes.size(); ++m) {
+            for (mode_code& code : board_.modes[m].code) {
+                size_t r = 0;
+                while (r < board_.functions.size() && board_.functions[r].name != code.function) {
+                    ++r;
+                }
+                if (r == board_.functions.size()) {
+                    fail_at(file_, mode_lines_[m],
+                            "function '" + code.function + "' is not defined");
+                }
+                code.region = r;
+            }
+        }
+    }
+
+    std::string_view file_;
+    int line_ = 1;
+    board_model board_;
+    std::set<std::string> seen_;
+    std::vector<int> mode_lines_;  // Line of each mode, for a late complaint.
+};
+
+std::string hex_address(uint64_t value) {
+    char text[24];
+    std::snprintf(text, sizeof text, "0x%08llx", static_cast<unsigned long long>(value));
+    return text;
+}
+
+}  // namespace
+
+board_model parse_board(std::string_view content, std::string_view file_name) {
+    return board_reader(file_name).read(content);
+}
+
+board_model read_board_file(const std::string& path) {
+    return parse_board(read_whole_file(path), path);
+}
+
+std::string render_board(const board_model& board, std::string_view source) {
+    std::string out;
+    out += "# Board configuration of " + board.target + ", made from " + std::string(source) +
+           ".\n# Read by the probe simulator. Units are nA, us, uV and mOhm; a function's\n"
+           "# share of a mode is in hundredths of a percent.\n";
+    out += std::string(format_line) + "\n";
+    out += "target " + board.target + "\n";
+    out += "supply_uv " + std::to_string(board.supply_uv) + "\n";
+    out += "source_mohm " + std::to_string(board.source_resistance_mohm) + "\n";
+    out += "noise_ppm " + std::to_string(board.noise_ppm) + "\n";
+    out += "noise_floor_na " + std::to_string(board.noise_floor_na) + "\n";
+    if (board.trigger_delay_us) {
+        out += "trigger_delay_us " + std::to_string(*board.trigger_delay_us) + "\n";
+    }
+    for (const operating_mode& mode : board.modes) {
+        out += "mode " + mode.name + " " + std::to_string(mode.current_na) + " " +
+               std::to_string(mode.time_us);
+        for (const mode_code& code : mode.code) {
+            out += " " + code.function + ":" + std::to_string(code.share);
+        }
+        out += "\n";
+    }
+    for (const code_region& region : board.functions) {
+        out += "function " + region.name + " " + hex_address(region.start) + " " +
+               hex_address(region.end) + "\n";
+    }
+    return out;
+}
+
+}  // namespace standin

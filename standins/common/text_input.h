@@ -1,0 +1,53 @@
+#pragma once
+
+// Reading the stand-ins' small text files: comment-free lines with their
+// numbers, words, exact decimal numbers, and one way to report a problem.
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace standin {
+
+// A problem with an input file; what() is the whole message, worded
+// "<file>:<line>: <problem>" or "cannot read <file>: <reason>".
+class input_error : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+[[noreturn]] void fail_at(std::string_view file, int line, std::string_view problem);
+
+// The whole file. Throws input_error naming the file and the system's reason.
+std::string read_whole_file(const std::string& path);
+
+struct text_line {
+    int number;             // 1-based, as an editor shows it.
+    std::string_view text;  // Without its comment ('#' to the end) and outer blanks.
+};
+
+// The lines of `content` that hold something besides blanks and a comment.
+// The views point into `content`.
+std::vector<text_line> meaningful_lines(std::string_view content);
+
+std::string_view trim(std::string_view text);
+std::vector<std::string_view> split_words(std::string_view text);
+
+// "4.5" with 6 decimals gives 4500000. Exact: no floating point, so a value
+// converts the same way everywhere. Empty when the text is no plain decimal
+// number, has more significant decimals than asked for, or does not fit.
+std::optional<int64_t> parse_fixed(std::string_view text, int decimals);
+
+// "0x0800F000" (hexadecimal) or "4096" (decimal).
+std::optional<uint64_t> parse_address(std::string_view text);
+
+// A name is one word of letters, digits, '_', '-' and '.'.
+bool is_name(std::string_view text);
+
+// The last element of a path.
+std::string_view base_name(std::string_view path);
+
+}  // namespace standin

@@ -1,0 +1,287 @@
+#include "tgcfgsetup/target_file.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "common/text_input.h"
+#include "common/units.h"
+
+namespace standin {
+
+namespace {
+
+enum class section { none, target, mode, code };
+
+// Reads one file section by section; the members hold what is known so far.
+class target_reader {
+  public:
+    explicit target_reader(std::string_view file_name) : file_(file_name) {}
+
+    board_model read(std::string_view content) {
+        const std::vector<text_line> lines = meaningful_lines(content);
+        for (const text_line& line : lines) {
+            line_ = line.number;
+            if (line.text.front() == '[') {
+                open_section(line.text);
+            } else {
+                read_setting(line.text);
+            }
+        }
+        line_ = lines.empty() ? 1 : lines.back().number;
+        finish();
+        return board_;
+    }
+
+  private:
+    [[noreturn]] void fail(std::string_view problem) const { fail_at(file_, line_, problem); }
+
+    void open_section(std::string_view text) {
+        close_mode();
+        if (text.back() != ']') {
+            fail("a section header ends in ']'");
+        }
+        const std::vector<std::string_view> words = split_words(text.substr(1, text.size() - 2));
+        if (words.size() == 1 && words[0] == "target") {
+            enter(section::target, "target");
+        } else if (words.size() == 1 && words[0] == "code") {
+            enter(section::code, "code");
+        } else if (words.size() == 2 && words[0] == "mode") {
+            if (!is_name(words[1])) {
+                fail("a mode name may hold letters, digits, '_', '-' and '.' only");
+            }
+            enter(section::mode, "mode " + std::string(words[1]));
+            operating_mode mode;
+            mode.name = words[1];
+            board_.modes.push_back(mode);
+            mode_keys_.clear();
+            mode_line_ = line_;
+        } else {
+            fail("unknown section '" + std::string(text) +
+                 "'; sections are [target], [mode <name>] and [code]");
+        }
+    }
+
+    void enter(section which, const std::string& name) {
+        if (!sections_.insert(name).second) {
+            fail("section [" + name + "] is given twice");
+        }
+        if (which == section::mode && board_.modes.size() == max_modes) {
+            fail("more than " + std::to_string(max_modes) + " modes");
+        }
+        section_ = which;
+    }
+
+    void read_setting(std::string_view text) {
+        const size_t equals = text.find('=');
+        if (equals == std::string_view::npos) {
+            fail("expected '<key> = <value>' or a section header such as [target]");
+        }
+        const std::string key(trim(text.substr(0, equals)));
+        const std::string_view value = trim(text.substr(equals + 1));
+        if (value.empty()) {
+            fail(key + " has no value");
+        }
+        switch (section_) {
+            case section::none:
+                fail("'" + key + "' stands before the first section");
+            case section::target:
+                target_setting(key, value);
+                break;
+            case section::mode:
+                mode_setting(key, value);
+                break;
+            case section::code:
+                code_setting(key, value);
+                break;
+        }
+    }
+
+    int64_t quantity(std::string_view key, std::string_view value, dimension kind,
+                     int base_exponent, int64_t low, int64_t high) const {
+        const std::optional<int64_t> parsed = parse_quantity(value, kind, base_exponent);
+        if (!parsed) {
+            const quantity_text parts = split_quantity(value);
+            const unit* u = find_unit(parts.unit);
+            if (u == nullptr || u->kind != kind) {
+                fail(std::string(key) + " needs a unit: " + unit_choices(kind) + ", not '" +
+                     std::string(value) + "'");
+            }
+            fail(std::string(key) + ": '" + std::string(value) +
+                 "' is no number, or finer than the simulator resolves");
+        }
+        if (*parsed < low || *parsed > high) {
+            fail(std::string(key) + " " + std::string(value) + " is out of range");
+        }
+        return *parsed;
+    }
+
+    void once(std::set<std::string>& keys, const std::string& key) const {
+        if (!keys.insert(key).second) {
+            fail(key + " is given twice");
+        }
+    }
+
+    void target_setting(const std::string& key, std::string_view value) {
+        once(target_keys_, key);
+        if (key == "name") {
+            if (!is_name(value)) {
+                fail("the target name may hold letters, digits, '_', '-' and '.' only");
+            }
+            board_.target = value;
+        } else if (key == "supply") {
+            board_.supply_uv = quantity(key, value, dimension::voltage, -6, 1, max_supply_uv);
+        } else if (key == "source_resistance") {
+            board_.source_resistance_mohm =
+                quantity(key, value, dimension::resistance, -3, 0, max_resistance_mohm);
+        } else if (key == "noise") {
+            board_.noise_ppm = quantity(key, value, dimension::ratio, -6, 0, 1'000'000);
+        } else if (key == "noise_floor") {
+            board_.noise_floor_na = quantity(key, value, dimension::current, -9, 0, max_current_na);
+        } else if (key == "trigger_delay") {
+            board_.trigger_delay_us =
+                quantity(key, value, dimension::time, -6, 0, max_mode_time_us);
+        } else {
+            fail("unknown key '" + key +
+                 "' in [target]; keys are name, supply, source_resistance, noise, noise_floor "
+                 "and trigger_delay");
+        }
+    }
+
+    void mode_setting(const std::string& key, std::string_view value) {
+        once(mode_keys_, key);
+        operating_mode& mode = board_.modes.back();
+        if (key == "current") {
+            mode.current_na = quantity(key, value, dimension::current, -9, 0, max_current_na);
+        } else if (key == "time") {
+            mode.time_us = quantity(key, value, dimension::time, -6, 1, max_mode_time_us);
+        } else if (key == "code") {
+            read_code_list(mode, value);
+        } else {
+            fail("unknown key '" + key + "' in a mode; keys are current, time and code");
+        }
+    }
+
+    // "adc_read 75 %, filter_samples 25 %", or one function alone.
+    void read_code_list(operating_mode& mode, std::string_view value) {
+        uint32_t total = 0;
+        bool all_shared = true;
+        while (!value.empty()) {
+            const size_t comma = value.find(',');
+            const std::string_view item = trim(value.substr(0, comma));
+            value = comma == std::string_view::npos ? std::string_view{} : value.substr(comma + 1);
+            const size_t blank = item.find_first_of(" \t");
+            mode_code code;
+            code.function = item.substr(0, blank);
+            if (!is_name(code.function)) {
+                fail("expected '<function> <share> %' in the code list, not '" + std::string(item) +
+                     "'");
+            }
+            if (blank == std::string_view::npos) {
+                all_shared = false;
+            } else {
+                code.share = static_cast<uint32_t>(quantity("the share of " + code.function,
+                                                            item.substr(blank), dimension::ratio,
+                                                            -4, 1, 10000));
+                total += code.share;
+            }
+            for (const mode_code& other : mode.code) {
+                if (other.function == code.function) {
+                    fail("function '" + code.function + "' is listed twice");
+                }
+            }
+            mode.code.push_back(code);
+        }
+        if (!all_shared) {
+            if (mode.code.size() != 1) {
+                fail("give each function of the code list its share, such as 'main 60 %'");
+            }
+            mode.code[0].share = 10000;
+        } else if (total != 10000) {
+            fail("the shares of the code list add up to " + std::to_string(total / 100) + "." +
+                 std::to_string(total / 10 % 10) + std::to_string(total % 10) + " %, not 100 %");
+        }
+    }
+
+    void code_setting(const std::string& key, std::string_view value) {
+        if (!is_name(key)) {
+            fail("a function name may hold letters, digits, '_', '-' and '.' only");
+        }
+        for (const code_region& other : board_.functions) {
+            if (other.name == key) {
+                fail("function '" + key + "' is given twice");
+            }
+        }
+        const std::vector<std::string_view> words = split_words(value);
+        const std::optional<uint64_t> start =
+            words.size() == 2 ? parse_address(words[0]) : std::nullopt;
+        const std::optional<uint64_t> size =
+            words.size() == 2 ? parse_address(words[1]) : std::nullopt;
+        if (!start || !size || *size == 0 || *start + *size < *start) {
+            fail(
+                "expected '<function> = <start address> <size in bytes>', such as "
+                "'main = 0x08000400 0x80'");
+        }
+        board_.functions.push_back({key, *start, *start + *size});
+    }
+
+    // A mode's keys are checked when the next section starts or the file ends.
+    void close_mode() {
+        if (section_ != section::mode) {
+            return;
+        }
+        const operating_mode& mode = board_.modes.back();
+        for (const char* key : {"current", "time"}) {
+            if (mode_keys_.count(key) == 0) {
+                fail_at(file_, mode_line_, "mode '" + mode.name + "' has no " + key);
+            }
+        }
+        mode_code_lines_.push_back(mode_line_);
+    }
+
+    void finish() {
+        close_mode();
+        if (sections_.count("target") == 0) {
+            fail("no [target] section");
+        }
+        for (const char* key : {"name", "supply"}) {
+            if (target_keys_.count(key) == 0) {
+                fail(std::string("[target] has no ") + key);
+            }
+        }
+        if (board_.modes.empty()) {
+            fail("no [mode <name>] section");
+        }
+        for (size_t m = 0; m < board_.modes.size(); ++m) {
+            for (const mode_code& code : board_.modes[m].code) {
+                bool found = false;
+                for (const code_region& region : board_.functions) {
+                    found = found || region.name == code.function;
+                }
+                if (!found) {
+                    fail_at(file_, mode_code_lines_[m],
+                            "function '" + code.function + "' of mode '" + board_.modes[m].name +
+                                "' is not in [code]");
+                }
+            }
+        }
+    }
+
+    std::string_view file_;
+    int line_ = 1;
+    section section_ = section::none;
+    board_model board_;
+    std::set<std::string> sections_;
+    std::set<std::string> target_keys_;
+    std::set<std::string> mode_keys_;   // Of the mode being read.
+    int mode_line_ = 0;                 // Header line of the mode being read.
+    std::vector<int> mode_code_lines_;  // Header line of each mode.
+};
+
+}  // namespace
+
+board_model parse_target(std::string_view content, std::string_view file_name) {
+    return target_reader(file_name).read(content);
+}
+
+}  // namespace standin

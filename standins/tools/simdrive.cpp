@@ -1,0 +1,154 @@
+// Drives the stand-in libraries without zelno, through the same exported
+// functions zelno calls: for the benchmark, for making example captures and
+// for trying a board or test file quickly.
+//
+//   simdrive wattscope [-s RATE] [-D MS] [-f csv|gnuplot] [-r lo|hi]
+//                      [--maxoutsize KIB] [--saveall] [-t] -c BOARD -o FILE ws|ws+
+//   simdrive prodtest -c BOARD -i LIMITS
+//   simdrive convert TARGET.tgcfg BOARD.dat
+//
+// It prints the process's CPU time in ns on standard error as
+// "simdrive: cpu_ns=<n> wall_ns=<n>" after the run.
+
+#include <dlfcn.h>
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "usecases/usecase_abi.h"
+
+namespace {
+
+int64_t cpu_ns() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    auto ns = [](const timeval& t) { return int64_t{t.tv_sec} * 1'000'000'000 + t.tv_usec * 1000; };
+    return ns(usage.ru_utime) + ns(usage.ru_stime);
+}
+
+void* symbol(void* library, const char* name) {
+    void* address = dlsym(library, name);
+    if (address == nullptr) {
+        std::fprintf(stderr, "simdrive: %s not found\n", name);
+        std::exit(2);
+    }
+    return address;
+}
+
+void* open_library(const char* name) {
+    void* library = dlopen(name, RTLD_NOW);
+    if (library == nullptr) {
+        std::fprintf(stderr, "simdrive: %s\n", dlerror());
+        std::exit(2);
+    }
+    return library;
+}
+
+[[noreturn]] void usage() {
+    std::fprintf(stderr,
+                 "usage: simdrive wattscope [-s RATE] [-D MS] [-f FORMAT] [-r RANGE] "
+                 "[--maxoutsize KIB] [--saveall] [-t] -c BOARD -o FILE ws|ws+\n"
+                 "       simdrive prodtest -c BOARD -i LIMITS\n"
+                 "       simdrive convert TARGET BOARD\n");
+    std::exit(2);
+}
+
+template <typename Options, typename Create, typename Run, typename Destroy>
+int drive(void* library, const Options& options, const char* create, const char* run,
+          const char* destroy) {
+    const auto start_wall = std::chrono::steady_clock::now();
+    const int64_t start_cpu = cpu_ns();
+    void* handle = nullptr;
+    reinterpret_cast<Create>(symbol(library, create))(&options, &handle);
+    if (handle == nullptr) {
+        return 1;
+    }
+    const int result = reinterpret_cast<Run>(symbol(library, run))(handle);
+    reinterpret_cast<Destroy>(symbol(library, destroy))(handle);
+    const auto wall = std::chrono::steady_clock::now() - start_wall;
+    std::fprintf(
+        stderr, "simdrive: result=%d cpu_ns=%lld wall_ns=%lld\n", result,
+        static_cast<long long>(cpu_ns() - start_cpu),
+        static_cast<long long>(std::chrono::duration_cast<std::chrono::nanoseconds>(wall).count()));
+    return result < 0 ? 1 : 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2) {
+        usage();
+    }
+    const std::string_view command = argv[1];
+    if (command == "convert") {
+        if (argc != 4) {
+            usage();
+        }
+        void* library = open_library("libtgcfgsetup.so");
+        using convert_fn = int (*)(std::string, std::string);
+        const int result = reinterpret_cast<convert_fn>(symbol(library, "TGCFGToBoardConfigFile"))(
+            argv[2], argv[3]);
+        return result == 0 ? 0 : 1;
+    }
+    wattscope_options watt{};
+    watt.sampfreq = 2000;
+    watt.maxoutsize = 1024;
+    watt.format = "csv";
+    watt.range = "lo";
+    watt.device = "unused";
+    prodtest_options prod{};
+    prod.device = "unused";
+    for (int i = 2; i < argc; ++i) {
+        const std::string_view word = argv[i];
+        const bool has_value = i + 1 < argc;
+        auto value = [&]() -> const char* {
+            if (!has_value) {
+                usage();
+            }
+            return argv[++i];
+        };
+        if (word == "-s") {
+            watt.sampfreq = std::atoi(value());
+        } else if (word == "-D") {
+            watt.duration = std::atoi(value());
+        } else if (word == "-f") {
+            watt.format = value();
+        } else if (word == "-r") {
+            watt.range = value();
+        } else if (word == "--maxoutsize") {
+            watt.maxoutsize = std::atoi(value());
+        } else if (word == "--saveall") {
+            watt.saveall = 1;
+        } else if (word == "-t") {
+            watt.trig = 1;
+        } else if (word == "-c") {
+            watt.config = prod.config = value();
+        } else if (word == "-o") {
+            watt.output = value();
+        } else if (word == "-i") {
+            prod.input = value();
+        } else if (word == "-d") {
+            watt.device = prod.device = value();
+        } else if (word[0] != '-') {
+            watt.trace_mode = word;
+        } else {
+            usage();
+        }
+    }
+    void* library = open_library("libwattscopestandalone.so");
+    if (command == "wattscope") {
+        return drive<wattscope_options, wattscope_create_fn, wattscope_run_fn,
+                     wattscope_destroy_fn>(library, watt, "wattscope_create", "wattscope_run",
+                                           "wattscope_destroy");
+    }
+    if (command == "prodtest") {
+        return drive<prodtest_options, prodtest_create_fn, prodtest_run_fn, prodtest_destroy_fn>(
+            library, prod, "prodtest_create", "prodtest_run", "prodtest_destroy");
+    }
+    usage();
+}

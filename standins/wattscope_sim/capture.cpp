@@ -1,0 +1,355 @@
+#include "wattscope_sim/capture.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "common/text_input.h"
+#include "wattscope_sim/pacing.h"
+
+namespace standin::sim {
+
+namespace {
+
+constexpr uint64_t chunk_samples = 4096;
+constexpr auto tick = std::chrono::milliseconds(10);
+constexpr auto flush_period = std::chrono::milliseconds(250);
+}  // namespace
+
+capture::capture(capture_settings settings)
+    : settings_(std::move(settings)),
+      layout_(make_row_layout(settings_.gnuplot, settings_.trace_plus, settings_.rate)),
+      model_(settings_.board, settings_.rate),
+      front_(settings_.board, settings_.range) {
+    size_t longest_name = 1;
+    for (const code_region& region : settings_.board.functions) {
+        longest_name = std::max(longest_name, region.name.size());
+    }
+    row_room_ = max_row_size + longest_name;
+    window_samples_ =
+        static_cast<uint64_t>(settings_.window_ms) * static_cast<uint64_t>(settings_.rate) / 1000;
+    window_samples_ = std::max<uint64_t>(window_samples_, 1);
+    checkpoint_step_ =
+        settings_.save_all ? UINT64_MAX : std::max<uint64_t>(window_samples_ / 64, 1);
+    for (const operating_mode& mode : settings_.board.modes) {
+        std::vector<uint32_t> shares;
+        std::vector<uint32_t> regions;
+        uint32_t sum = 0;
+        for (const mode_code& code : mode.code) {
+            sum += code.share;
+            shares.push_back(sum);
+            regions.push_back(static_cast<uint32_t>(code.region));
+        }
+        mode_shares_.push_back(std::move(shares));
+        mode_regions_.push_back(std::move(regions));
+    }
+    totals_.function_energy_nj.assign(settings_.board.functions.size(), 0.0);
+    header_ = capture_header(
+        layout_, {settings_.board.target, base_name(settings_.config), settings_.range.name,
+                  settings_.range.full_scale_na, settings_.range.resolution_na,
+                  settings_.trace_plus ? "ws+" : "ws"});
+}
+
+std::unique_ptr<capture> capture::create(capture_settings settings, std::string& error) {
+    std::unique_ptr<capture> made(new capture(std::move(settings)));
+    if (static_cast<int64_t>(made->header_.size()) > made->settings_.max_bytes) {
+        error = "maximum output size " + std::to_string(made->settings_.max_bytes / 1024) +
+                " KiB does not hold even the file's header";
+        return nullptr;
+    }
+    if (!made->file_.open(made->settings_.output, error)) {
+        return nullptr;
+    }
+    return made;
+}
+
+int capture::run(std::ostream& out, std::ostream& errors) {
+    char* header = file_.space(header_.size());
+    std::memcpy(header, header_.data(), header_.size());
+    file_.advance(header + header_.size());
+    checkpoints_.push_back({0, header_.size(), 0});
+
+    capture_end end = sample_until_the_end();
+    if (end != capture_end::write_error) {
+        const bool kept = file_.flush() && (settings_.save_all || trim_to_window(window_start()));
+        if (!kept) {
+            end = capture_end::write_error;
+        }
+    }
+    totals_.end = end;
+    totals_.rows_kept = totals_.rows - first_row_;
+    totals_.periods = next_;
+    totals_.energy_nj = static_cast<double>(energy_nj_) +
+                        static_cast<double>(energy_rest_) / static_cast<double>(settings_.rate);
+    if (end == capture_end::write_error) {
+        errors << "wattscope: " << file_.error() << std::endl;
+    }
+    out << capture_summary(settings_, totals_) << std::flush;
+    switch (end) {
+        case capture_end::duration:
+        case capture_end::size_limit:
+            return 0;
+        case capture_end::stopped:
+            return 1;
+        case capture_end::write_error:
+            break;
+    }
+    return -1;
+}
+
+capture_end capture::sample_until_the_end() {
+    if (stop_.requested()) {
+        return capture_end::stopped;
+    }
+    if (settings_.trigger &&
+        !stop_.sleep_until(clock::now() +
+                           std::chrono::microseconds(*settings_.board.trigger_delay_us))) {
+        return capture_end::stopped;
+    }
+    const int32_t rate = settings_.rate;
+    const clock::time_point start = clock::now();
+    const bool limited = settings_.duration_ms > 0;
+    const clock::time_point deadline =
+        limited ? start + std::chrono::milliseconds(settings_.duration_ms)
+                : clock::time_point::max();
+    const uint64_t limit =
+        limited ? static_cast<uint64_t>(settings_.duration_ms) * static_cast<uint64_t>(rate) / 1000
+                : UINT64_MAX;
+    const uint64_t backlog = static_cast<uint64_t>(rate) * backlog_limit_ms / 1000;
+    const uint64_t slack = std::max<uint64_t>(window_samples_ / 4, 1);
+    clock::time_point last_flush = start;
+
+    while (true) {
+        // Read before the clock: after a stop, what was due by then still comes.
+        const bool stopping = stop_.requested();
+        const clock::time_point now = clock::now();
+        const uint64_t due = std::min(periods_in(now - start, rate), limit);
+        if (due > next_ + backlog) {
+            skip(due - backlog - next_);
+        }
+        capture_end end = capture_end::size_limit;
+        if (!produce(due, end)) {
+            return end;
+        }
+        if (next_ == limit && now >= deadline) {
+            return capture_end::duration;
+        }
+        if (stopping) {
+            return capture_end::stopped;
+        }
+        if (now - last_flush >= flush_period) {
+            if (!file_.flush() || !file_.still_there()) {
+                return capture_end::write_error;
+            }
+            last_flush = now;
+        }
+        if (!settings_.save_all && window_start() >= first_index_ + slack &&
+            !trim_to_window(window_start())) {
+            return capture_end::write_error;
+        }
+        clock::time_point wake = std::max(now + tick, start + end_of_periods(next_ + 1, rate));
+        wake = std::min({wake, deadline, last_flush + flush_period});
+        stop_.sleep_until(wake);
+    }
+}
+
+capture::sample capture::take_sample() {
+    if (holding_) {
+        holding_ = false;
+        return held_;
+    }
+    const target_model::interval interval = model_.next();
+    sample s{front_.measure(interval.mean_na), no_function, 0};
+    if (settings_.trace_plus) {
+        place_pc(interval.mode, s);
+    }
+    return s;
+}
+
+void capture::place_pc(uint32_t mode, sample& s) {
+    const std::vector<uint32_t>& shares = mode_shares_[mode];
+    if (shares.empty()) {
+        return;
+    }
+    const uint64_t r = front_.noise().next();
+    const auto pick = static_cast<uint32_t>((r & 0xFFFFFFFF) % 10000);
+    size_t i = 0;
+    while (shares[i] <= pick) {
+        ++i;
+    }
+    s.function = mode_regions_[mode][i];
+    const code_region& region = settings_.board.functions[s.function];
+    s.pc = (region.start + (r >> 32) % (region.end - region.start)) & ~uint64_t{1};
+    s.pc = std::max(s.pc, region.start);
+}
+
+bool capture::produce(uint64_t due, capture_end& end) {
+    const int64_t rate = settings_.rate;
+    const std::vector<code_region>& functions = settings_.board.functions;
+    while (next_ < due) {
+        const uint64_t count = std::min(due - next_, chunk_samples);
+        char* const begin = file_.space(count * row_room_);
+        if (begin == nullptr) {
+            end = capture_end::write_error;
+            return false;
+        }
+        const uint64_t base = file_.size();
+        const uint64_t room =
+            settings_.max_bytes > static_cast<int64_t>(base) ? settings_.max_bytes - base : 0;
+        char* row = begin;
+        int64_t current_sum = 0;
+        bool full = false;
+        for (uint64_t i = 0; i < count; ++i) {
+            const sample s = take_sample();
+            int64_t rest = energy_rest_ + s.value.power_nw;
+            const int64_t whole = rest / rate;
+            rest -= whole * rate;
+            char* row_end = put_row(row, layout_, next_, time_, s.value, energy_nj_ + whole);
+            if (settings_.trace_plus) {
+                row_end = put_trace(row_end, layout_, s.pc,
+                                    s.function == no_function
+                                        ? std::string_view("-")
+                                        : std::string_view(functions[s.function].name));
+            }
+            *row_end++ = '\n';
+            if (static_cast<uint64_t>(row_end - begin) > room) {
+                held_ = s;
+                holding_ = true;
+                full = true;
+                break;
+            }
+            if (next_ - checkpoints_.back().index >= checkpoint_step_) {
+                checkpoints_.push_back(
+                    {next_, base + static_cast<uint64_t>(row - begin), totals_.rows});
+            }
+            energy_nj_ += whole;
+            energy_rest_ = rest;
+            current_sum += s.value.current_na;
+            totals_.peak_na = std::max(totals_.peak_na, s.value.current_na);
+            if (s.function != no_function) {
+                totals_.function_energy_nj[s.function] +=
+                    static_cast<double>(s.value.power_nw) / static_cast<double>(rate);
+            }
+            ++totals_.rows;
+            ++next_;
+            if (++time_.tick == static_cast<uint64_t>(rate)) {
+                time_.tick = 0;
+                ++time_.second;
+            }
+            row = row_end;
+        }
+        file_.advance(row);
+        totals_.current_sum_na += static_cast<double>(current_sum);
+        if (full) {
+            if (!worth_trimming_for_room()) {
+                end = capture_end::size_limit;
+                return false;
+            }
+            if (!trim_to_window(window_start())) {
+                end = capture_end::write_error;
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+void capture::skip(uint64_t count) {
+    if (holding_) {
+        return;  // The file is full; the next produce() ends the capture.
+    }
+    model_.skip(count);
+    next_ += count;
+    totals_.dropped += count;
+    time_.second = next_ / static_cast<uint64_t>(settings_.rate);
+    time_.tick = next_ % static_cast<uint64_t>(settings_.rate);
+}
+
+uint64_t capture::window_start() const {
+    return next_ > window_samples_ ? next_ - window_samples_ : 0;
+}
+
+// At the size limit, dropping rows older than the window is worth a rewrite
+// of the file only when it frees an eighth of the limit; otherwise the
+// capture ends there, as with saveall.
+bool capture::worth_trimming_for_room() const {
+    if (settings_.save_all) {
+        return false;
+    }
+    const uint64_t keep_from = window_start();
+    uint64_t freed = 0;
+    for (const checkpoint& point : checkpoints_) {
+        if (point.index <= keep_from) {
+            freed = point.offset - header_.size();
+        }
+    }
+    return freed >= static_cast<uint64_t>(settings_.max_bytes) / 8;
+}
+
+bool capture::trim_to_window(uint64_t keep_from) {
+    if (keep_from <= first_index_ || totals_.rows == first_row_) {
+        return true;
+    }
+    if (!file_.flush()) {
+        return false;
+    }
+    checkpoint from = checkpoints_.front();
+    for (const checkpoint& point : checkpoints_) {
+        if (point.index <= keep_from) {
+            from = point;
+        }
+    }
+    // Walk the rows from there; each starts with its sample index.
+    uint64_t cut = file_.size();
+    uint64_t cut_index = next_;
+    uint64_t row = totals_.rows;
+    std::vector<char> block(65536);
+    uint64_t position = from.offset;
+    uint64_t counted = from.row;
+    bool found = false;
+    while (!found) {
+        const size_t got = file_.read_at(position, block.data(), block.size());
+        if (got == 0) {
+            break;
+        }
+        size_t at = 0;
+        while (true) {
+            const void* newline = std::memchr(block.data() + at, '\n', got - at);
+            if (newline == nullptr) {
+                break;
+            }
+            uint64_t index = 0;
+            for (size_t i = at; block[i] >= '0' && block[i] <= '9'; ++i) {
+                index = index * 10 + static_cast<uint64_t>(block[i] - '0');
+            }
+            if (index >= keep_from) {
+                cut = position + at;
+                cut_index = index;
+                row = counted;
+                found = true;
+                break;
+            }
+            ++counted;
+            at = static_cast<size_t>(static_cast<const char*>(newline) - block.data()) + 1;
+        }
+        if (at == 0) {
+            break;  // No whole row in a block: can't be a file of ours.
+        }
+        position += at;
+    }
+    if (!file_.drop_range(header_.size(), cut)) {
+        return false;
+    }
+    const uint64_t shift = cut - header_.size();
+    while (!checkpoints_.empty() && checkpoints_.front().index <= cut_index) {
+        checkpoints_.pop_front();
+    }
+    for (checkpoint& point : checkpoints_) {
+        point.offset -= shift;
+    }
+    checkpoints_.push_front({cut_index, header_.size(), row});
+    first_index_ = cut_index;
+    first_row_ = row;
+    return true;
+}
+
+}  // namespace standin::sim

@@ -1,0 +1,109 @@
+#pragma once
+
+// One wattscope capture: samples the simulated target in real time into the
+// output file until its duration, the size limit, a stop or a write error.
+// docs/simulator.md describes what it writes and when.
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "wattscope_sim/capture_file.h"
+#include "wattscope_sim/capture_settings.h"
+#include "wattscope_sim/front_end.h"
+#include "wattscope_sim/row_format.h"
+#include "wattscope_sim/stop_signal.h"
+#include "wattscope_sim/target_model.h"
+
+namespace standin::sim {
+
+enum class capture_end { duration, size_limit, stopped, write_error };
+
+// What a capture did, for its summary line and for tests.
+struct capture_totals {
+    capture_end end = capture_end::stopped;
+    uint64_t rows = 0;       // Rows written, whether still in the file or not.
+    uint64_t rows_kept = 0;  // Rows in the file at the end.
+    uint64_t periods = 0;    // Sample periods covered: rows and dropped samples.
+    uint64_t dropped = 0;
+    double current_sum_na = 0;
+    int64_t peak_na = 0;
+    double energy_nj = 0;
+    std::vector<double> function_energy_nj;  // By index of the board's functions.
+};
+
+class capture {
+  public:
+    // Creates or empties the output file; null, with `error`, when it can't.
+    static std::unique_ptr<capture> create(capture_settings settings, std::string& error);
+
+    // On the use case's thread; 0 when the capture ended by itself, 1 when
+    // stopped, -1 on a write error. Writes the summary line to `out` and a
+    // write error to `errors`.
+    int run(std::ostream& out, std::ostream& errors);
+
+    // From any thread, at any time, any number of times.
+    void stop() { stop_.request(); }
+
+    const capture_totals& totals() const { return totals_; }
+    const capture_settings& settings() const { return settings_; }
+
+  private:
+    // A row start remembered to cut the file at without reading all of it.
+    struct checkpoint {
+        uint64_t index;   // Sample index of the row.
+        uint64_t offset;  // Where its row starts in the file.
+        uint64_t row;     // How many rows came before it.
+    };
+
+    struct sample {
+        reading value;
+        uint32_t function;  // Index into the board's functions, or no_function.
+        uint64_t pc;
+    };
+    static constexpr uint32_t no_function = UINT32_MAX;
+
+    explicit capture(capture_settings settings);
+
+    capture_end sample_until_the_end();
+    bool produce(uint64_t due, capture_end& end);
+    sample take_sample();
+    void place_pc(uint32_t mode, sample& s);
+    void skip(uint64_t count);
+    bool trim_to_window(uint64_t keep_from);
+    bool worth_trimming_for_room() const;
+    uint64_t window_start() const;
+
+    const capture_settings settings_;
+    stop_signal stop_;  // The only member that other threads touch.
+
+    // Everything below belongs to the thread in run().
+    capture_file file_;
+    std::string header_;
+    row_layout layout_;
+    target_model model_;
+    front_end front_;
+    size_t row_room_ = 0;
+    uint64_t window_samples_ = 0;
+    uint64_t checkpoint_step_ = 0;
+    std::vector<std::vector<uint32_t>> mode_shares_;   // Running sums of shares, per mode.
+    std::vector<std::vector<uint32_t>> mode_regions_;  // Matching function indices.
+
+    uint64_t next_ = 0;  // Index of the next sample.
+    sample_time time_;
+    int64_t energy_nj_ = 0;
+    int64_t energy_rest_ = 0;  // nW-periods not yet a whole nJ: below the rate.
+    bool holding_ = false;     // held_ didn't fit the file; it goes first next time.
+    sample held_{};
+    uint64_t first_index_ = 0;  // Of the first row in the file.
+    uint64_t first_row_ = 0;    // Rows written before it.
+    std::deque<checkpoint> checkpoints_;
+    capture_totals totals_;
+};
+
+std::string capture_summary(const capture_settings& settings, const capture_totals& totals);
+
+}  // namespace standin::sim

@@ -1,0 +1,96 @@
+#include "wattscope_sim/capture_settings.h"
+
+#include <sys/stat.h>
+
+#include "common/board_file.h"
+#include "common/text_input.h"
+
+namespace standin::sim {
+
+std::optional<board_model> read_session_board(const std::string& config, std::string_view device,
+                                              std::string& error) {
+    if (config.empty()) {
+        error = "no board configuration file; connect with --config <file>";
+        return std::nullopt;
+    }
+    std::optional<board_model> board;
+    try {
+        board = read_board_file(config);
+    } catch (const input_error& e) {
+        error = e.what();
+        return std::nullopt;
+    }
+    if (device != default_device_name && device != probe_name) {
+        error = "unknown device '" + std::string(device) + "'; the probe simulator answers to '" +
+                std::string(default_device_name) + "' and '" + std::string(probe_name) + "'";
+        return std::nullopt;
+    }
+    return board;
+}
+
+namespace {
+
+bool same_file(const std::string& a, const std::string& b) {
+    struct stat first {};
+    struct stat second {};
+    return ::stat(a.c_str(), &first) == 0 && ::stat(b.c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+}  // namespace
+
+std::optional<capture_settings> check_capture_options(const wattscope_options& options,
+                                                      std::string& error) {
+    capture_settings settings;
+    std::optional<board_model> board = read_session_board(options.config, options.device, error);
+    if (!board) {
+        return std::nullopt;
+    }
+    settings.board = std::move(*board);
+    settings.config = options.config;
+    if (options.trace_mode != "ws" && options.trace_mode != "ws+") {
+        error = "unknown trace mode '" + options.trace_mode + "'; use ws or ws+";
+        return std::nullopt;
+    }
+    settings.trace_plus = options.trace_mode == "ws+";
+    if (options.format != "csv" && options.format != "gnuplot") {
+        error = "unknown format '" + options.format + "'; use csv or gnuplot";
+        return std::nullopt;
+    }
+    settings.gnuplot = options.format == "gnuplot";
+    const probe_range* range = find_range(options.range);
+    if (range == nullptr) {
+        error = "unknown range '" + options.range + "'; use lo or hi";
+        return std::nullopt;
+    }
+    settings.range = *range;
+    settings.window_ms = range->window_s * 1000;
+    if (options.sampfreq <= 0 || options.sampfreq > max_sample_rate) {
+        error = "sample rate " + std::to_string(options.sampfreq) + " is out of range; use 1 to " +
+                std::to_string(max_sample_rate) + " samples per second";
+        return std::nullopt;
+    }
+    settings.rate = options.sampfreq;
+    if (options.maxoutsize <= 0) {
+        error = "maximum output size " + std::to_string(options.maxoutsize) +
+                " is out of range; give a size in KiB above 0";
+        return std::nullopt;
+    }
+    settings.max_bytes = int64_t{options.maxoutsize} * 1024;
+    settings.duration_ms = options.duration > 0 ? options.duration : 0;
+    settings.trigger = options.trig != 0;
+    if (settings.trigger && !settings.board.trigger_delay_us) {
+        error = "--trig waits for the hardware trigger, and " + options.config +
+                " wires none (no trigger_delay_us)";
+        return std::nullopt;
+    }
+    settings.save_all = options.saveall != 0;
+    if (same_file(options.output, options.config)) {
+        error = "the output file '" + options.output + "' is the board configuration";
+        return std::nullopt;
+    }
+    settings.output = options.output;
+    return settings;
+}
+
+}  // namespace standin::sim

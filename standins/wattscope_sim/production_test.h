@@ -1,0 +1,62 @@
+#pragma once
+
+// One prodtest run: measures the simulated target in real time for the time
+// the test description asks, judges each parameter against its limits,
+// prints the results and writes a JUnit report beside the description.
+
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "common/board.h"
+#include "usecases/usecase_abi.h"
+#include "wattscope_sim/stop_signal.h"
+#include "wattscope_sim/test_file.h"
+
+namespace standin::sim {
+
+// Averages of the simulated measurement, in SI units.
+struct test_measurement {
+    double seconds = 0;
+    double supply_voltage = 0;
+    double mean_current = 0;
+    double sleep_current = 0;
+    double active_current = 0;
+    double peak_current = 0;
+    double mean_power = 0;
+    double cycle_energy = 0;
+
+    double value_of(test_parameter parameter) const;
+};
+
+class production_test {
+  public:
+    // Null, with `error`, when the description, the board or the device is wrong.
+    static std::unique_ptr<production_test> create(const prodtest_options& options,
+                                                   std::string& error);
+
+    // On the use case's thread; 0 when all parameters pass, 1 when any
+    // fails, -1 when stopped or the report can't be written.
+    int run(std::ostream& out, std::ostream& errors);
+
+    // From any thread, at any time, any number of times.
+    void stop() { stop_.request(); }
+
+    const test_measurement& measurement() const { return measured_; }
+    const std::string& report() const { return report_; }
+
+  private:
+    production_test() = default;
+
+    bool measure();  // False when stopped.
+
+    board_model board_;
+    std::string input_;
+    std::string config_;
+    std::string report_;
+    test_description description_;
+    stop_signal stop_;  // The only member that other threads touch.
+    test_measurement measured_;
+};
+
+}  // namespace standin::sim

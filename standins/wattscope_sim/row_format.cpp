@@ -1,0 +1,70 @@
+#include "wattscope_sim/row_format.h"
+
+namespace standin::sim {
+
+namespace {
+
+constexpr std::string_view columns[] = {"sample",   "time_s",  "current_A", "voltage_V", "power_W",
+                                        "energy_J", "clipped", "pc",        "function"};
+
+// Whole nanoamperes in the largest unit that keeps them whole: "50 mA".
+std::string current_text(int64_t na) {
+    static constexpr struct {
+        int64_t size;
+        const char* name;
+    } units[] = {{1'000'000'000, "A"}, {1'000'000, "mA"}, {1'000, "uA"}, {1, "nA"}};
+    for (const auto& unit : units) {
+        if (na % unit.size == 0) {
+            return std::to_string(na / unit.size) + " " + unit.name;
+        }
+    }
+    return std::to_string(na) + " nA";
+}
+
+}  // namespace
+
+row_layout make_row_layout(bool gnuplot, bool trace_plus, int32_t rate) {
+    row_layout layout;
+    layout.separator = gnuplot ? ' ' : ',';
+    layout.trace_plus = trace_plus;
+    layout.rate = rate;
+    // The fewest decimals (at least 3) that give every sample its exact
+    // start time; for a rate such as 3 per second, two more than the rate has
+    // digits.
+    int decimals = 3;
+    while (decimals <= 9 && detail::powers_of_ten[decimals] % static_cast<uint64_t>(rate) != 0) {
+        ++decimals;
+    }
+    if (decimals > 9) {
+        decimals = detail::digit_count(static_cast<uint64_t>(rate)) + 2;
+        decimals = decimals > 9 ? 9 : decimals;
+    }
+    layout.time_decimals = decimals;
+    layout.time_scale = detail::powers_of_ten[decimals];
+    return layout;
+}
+
+std::string capture_header(const row_layout& layout, const header_facts& facts) {
+    const size_t count = layout.trace_plus ? 9 : 7;
+    std::string text;
+    if (layout.separator == ',') {
+        for (size_t i = 0; i < count; ++i) {
+            text += i == 0 ? "" : ",";
+            text += columns[i];
+        }
+        return text + "\n";
+    }
+    text += "# Probe simulator capture of " + std::string(facts.target) + " (" +
+            std::string(facts.config) + ")\n";
+    text += "# " + std::to_string(layout.rate) + " samples/s, range " + std::string(facts.range) +
+            " (full scale " + current_text(facts.full_scale_na) + ", resolution " +
+            current_text(facts.resolution_na) + "), trace mode " + std::string(facts.trace_mode) +
+            "\n";
+    text += "# columns:";
+    for (size_t i = 0; i < count; ++i) {
+        text += " " + std::to_string(i + 1) + ":" + std::string(columns[i]);
+    }
+    return text + "\n";
+}
+
+}  // namespace standin::sim

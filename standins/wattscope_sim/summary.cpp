@@ -1,0 +1,65 @@
+#include <algorithm>
+#include <cstdio>
+#include <numeric>
+
+#include "wattscope_sim/capture.h"
+#include "wattscope_sim/engineering.h"
+
+namespace standin::sim {
+
+namespace {
+
+constexpr size_t functions_shown = 5;
+
+const char* end_text(capture_end end) {
+    switch (end) {
+        case capture_end::duration:
+            return "duration reached";
+        case capture_end::size_limit:
+            return "size limit reached";
+        case capture_end::stopped:
+            return "stopped";
+        case capture_end::write_error:
+            break;
+    }
+    return "write error";
+}
+
+}  // namespace
+
+std::string capture_summary(const capture_settings& settings, const capture_totals& totals) {
+    const double rate = settings.rate;
+    const double seconds = static_cast<double>(totals.periods) / rate;
+    char duration[32];
+    std::snprintf(duration, sizeof duration, "%.3f s", seconds);
+
+    std::string line =
+        "wattscope: " + settings.output + ": " + std::to_string(totals.rows) + " samples";
+    if (totals.rows_kept != totals.rows) {
+        line += " (last " + std::to_string(totals.rows_kept) + " kept)";
+    }
+    line += " in " + std::string(duration) + " (" + end_text(totals.end) + ")";
+    const double mean_a =
+        totals.rows == 0 ? 0.0 : totals.current_sum_na * 1e-9 / static_cast<double>(totals.rows);
+    line += ", mean " + si_text(mean_a, "A");
+    line += ", peak " + si_text(static_cast<double>(totals.peak_na) * 1e-9, "A");
+    line += ", charge " + si_text(totals.current_sum_na * 1e-9 / rate, "C");
+    line += ", energy " + si_text(totals.energy_nj * 1e-9, "J");
+    line += ", " + std::to_string(totals.dropped) + " dropped";
+
+    if (settings.trace_plus && !totals.function_energy_nj.empty()) {
+        std::vector<size_t> order(totals.function_energy_nj.size());
+        std::iota(order.begin(), order.end(), size_t{0});
+        std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) {
+            return totals.function_energy_nj[a] > totals.function_energy_nj[b];
+        });
+        line += "; energy by function:";
+        for (size_t i = 0; i < order.size() && i < functions_shown; ++i) {
+            line += (i == 0 ? " " : ", ") + settings.board.functions[order[i]].name + " " +
+                    si_text(totals.function_energy_nj[order[i]] * 1e-9, "J");
+        }
+    }
+    return line + "\n";
+}
+
+}  // namespace standin::sim
