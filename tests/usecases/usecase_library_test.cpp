@@ -87,26 +87,4 @@ TEST_F(UseCaseLibrary, ANullNameOnlyLoads) {
     EXPECT_EQ("/nonexistent" + dependency_entry, search_path());
 }
 
-TEST_F(UseCaseLibrary, FindsUnderscoreExportsAndNamesTheCallersNameWhenMissing) {
-    place("underscore", fs::path("wattscope") / file_name);
-    usecase_library library;
-    for (const char* name :
-         {"wattscope_create", "wattscope_run", "wattscope_stop", "wattscope_destroy",
-          "prodtest_create", "prodtest_run", "prodtest_stop", "prodtest_destroy"}) {
-        EXPECT_NE(nullptr, library.symbol(name)) << name;
-    }
-    EXPECT_EQ("Function wattscope_pause not found in wattscope/libwattscopestandalone.so\n",
-              thrown_text(library, "wattscope_pause"));
-}
-
-TEST_F(UseCaseLibrary, TheTwoUseCasesLoadEachForItself) {
-    place("basic", fs::path("wattscope") / file_name);
-    EXPECT_EQ(nullptr, wattscope_symbol(nullptr));
-    EXPECT_EQ(nullptr, wattscope_symbol(nullptr));
-    EXPECT_EQ("/nonexistent" + dependency_entry, search_path());
-    EXPECT_EQ(nullptr, prodtest_symbol(nullptr));
-    EXPECT_EQ("/nonexistent" + dependency_entry + dependency_entry, search_path());
-    EXPECT_EQ(wattscope_symbol("prodtest_run"), prodtest_symbol("prodtest_run"));
-}
-
 }  // namespace

@@ -27,29 +27,13 @@
 = shared_slot=empty
 = wattscope_destroy 1 runs=1 stops=0 end=self
 = wattscope_create 2
-= sampfreq=2000
-= output=f.csv
-= format=csv
-= trace_mode=ws
-= config=board.dat
-= device=probe7
-= maxoutsize=1024
-= range=lo
-= duration=0
+=~ .*
 = trig=1
 = saveall=0
 = shared_slot=empty
 = wattscope_destroy 2 runs=1 stops=0 end=self
 = wattscope_create 3
-= sampfreq=2000
-= output=f.csv
-= format=csv
-= trace_mode=ws
-= config=board.dat
-= device=probe7
-= maxoutsize=1024
-= range=lo
-= duration=0
+=~ .*
 = trig=0
 = saveall=1
 = shared_slot=empty
