@@ -86,29 +86,25 @@ std::optional<int64_t> parse_fixed(std::string_view text, int decimals) {
     if (whole.empty() && fraction.empty()) {
         return std::nullopt;
     }
-    constexpr int64_t limit = std::numeric_limits<int64_t>::max() / 10;
     int64_t value = 0;
+    auto push_digit = [&value](char c) {
+        const int digit = c - '0';
+        if (digit < 0 || digit > 9 || value > (std::numeric_limits<int64_t>::max() - digit) / 10) {
+            return false;
+        }
+        value = value * 10 + digit;
+        return true;
+    };
     for (char c : whole) {
-        if (c < '0' || c > '9' || value > limit) {
+        if (!push_digit(c)) {
             return std::nullopt;
         }
-        value = value * 10 + (c - '0');
     }
     for (int i = 0; i < static_cast<int>(fraction.size()) || i < decimals; ++i) {
         const char c = i < static_cast<int>(fraction.size()) ? fraction[i] : '0';
-        if (c < '0' || c > '9') {
-            return std::nullopt;
+        if (i < decimals ? !push_digit(c) : c != '0') {
+            return std::nullopt;  // No digit, too large, or finer than the unit holds.
         }
-        if (i >= decimals) {
-            if (c != '0') {
-                return std::nullopt;  // Finer than the unit can hold.
-            }
-            continue;
-        }
-        if (value > limit) {
-            return std::nullopt;
-        }
-        value = value * 10 + (c - '0');
     }
     return negative ? -value : value;
 }

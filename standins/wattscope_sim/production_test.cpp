@@ -19,7 +19,7 @@ constexpr auto tick = std::chrono::milliseconds(10);
 
 std::string in_unit(double value, const test_limit& limit) {
     char text[48];
-    std::snprintf(text, sizeof text, "%.4g", value / limit.unit_scale);
+    std::snprintf(text, sizeof text, "%#.4g", value / limit.unit_scale);
     return text + std::string(" ") + limit.unit;
 }
 

@@ -1,0 +1,75 @@
+#pragma once
+
+// A fresh directory per test, removed with everything in it afterwards.
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace standin_test {
+
+class scratch_dir {
+  public:
+    scratch_dir() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "standin-XXXXXX").string();
+        path_ = ::mkdtemp(pattern.data());
+    }
+    ~scratch_dir() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    scratch_dir(const scratch_dir&) = delete;
+    scratch_dir& operator=(const scratch_dir&) = delete;
+
+    std::string file(const std::string& name) const { return path_ + "/" + name; }
+
+    std::string write(const std::string& name, const std::string& content) const {
+        std::ofstream(file(name), std::ios::binary) << content;
+        return file(name);
+    }
+
+    std::vector<std::string> names() const {
+        std::vector<std::string> found;
+        for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+            found.push_back(entry.path().filename().string());
+        }
+        return found;
+    }
+
+  private:
+    std::string path_;
+};
+
+inline std::string read_file(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream content;
+    content << in.rdbuf();
+    return content.str();
+}
+
+inline std::vector<std::string> lines_of(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// A board without noise or source resistance, whose values a test can work
+// out by hand: a 10 ms cycle of 1 mA for 2 ms and 100 uA for 8 ms, at 2 V.
+inline constexpr const char* plain_board =
+    "board 1\n"
+    "target plain\n"
+    "supply_uv 2000000\n"
+    "trigger_delay_us 30000\n"
+    "mode busy 1000000 2000 work:10000\n"
+    "mode idle 100000 8000 wait:6000 poll:4000\n"
+    "function work 0x1000 0x1100\n"
+    "function wait 0x2000 0x2010\n"
+    "function poll 0x3000 0x3080\n";
+
+}  // namespace standin_test
