@@ -95,7 +95,7 @@ class capture {
     uint64_t next_ = 0;  // Index of the next sample.
     sample_time time_;
     int64_t energy_nj_ = 0;
-    int64_t energy_rest_ = 0;  // nW-periods not yet a whole nJ: below the rate.
+    int64_t energy_rest_ = 0;  // nW-periods not yet a whole nJ: 0 to rate - 1.
     bool holding_ = false;     // held_ didn't fit the file; it goes first next time.
     sample held_{};
     uint64_t first_index_ = 0;  // Of the first row in the file.

@@ -60,7 +60,10 @@ class front_end {
         int64_t na = true_na;
         if (noisy_) {
             const double sigma = static_cast<double>(true_na) * noise_ppm_ + noise_floor_na_;
-            na += std::llround(sigma * noise_.normal());
+            // Rounds half away from zero without a branch on the sign, which
+            // noise makes unpredictable.
+            const double offset = sigma * noise_.normal();
+            na += static_cast<int64_t>(offset + std::copysign(0.5, offset));
         }
         if (resolution_na_ != 1) {
             const int64_t half = resolution_na_ / 2;

@@ -41,6 +41,8 @@ row_layout make_row_layout(bool gnuplot, bool trace_plus, int32_t rate) {
     }
     layout.time_decimals = decimals;
     layout.time_scale = detail::powers_of_ten[decimals];
+    const auto r = static_cast<uint64_t>(rate);
+    layout.time_step = layout.time_scale % r == 0 ? layout.time_scale / r : 0;
     return layout;
 }
 

@@ -18,6 +18,7 @@ struct row_layout {
     int32_t rate = 1;
     int time_decimals = 3;       // Enough to tell samples apart.
     uint64_t time_scale = 1000;  // 10^time_decimals.
+    uint64_t time_step = 1;      // time_scale / rate when whole, else 0.
 };
 
 row_layout make_row_layout(bool gnuplot, bool trace_plus, int32_t rate);
@@ -47,8 +48,10 @@ inline char* put_row(char* out, const row_layout& layout, uint64_t index, sample
     const char sep = layout.separator;
     out = put_uint(out, index);
     *out++ = sep;
-    out = put_fixed(out, time.second, time.tick * layout.time_scale / layout.rate,
-                    layout.time_decimals);
+    const uint64_t fraction =
+        layout.time_step != 0 ? time.tick * layout.time_step
+                              : time.tick * layout.time_scale / static_cast<uint64_t>(layout.rate);
+    out = put_fixed(out, time.second, fraction, layout.time_decimals);
     *out++ = sep;
     out = put_fixed<9>(out, r.current_na);
     *out++ = sep;

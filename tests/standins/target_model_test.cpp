@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "common/board_file.h"
 #include "scratch_dir.h"
 #include "wattscope_sim/front_end.h"
