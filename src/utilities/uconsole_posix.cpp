@@ -1,7 +1,9 @@
 #include <pthread.h>
+#include <sched.h>
 #include <signal.h>
+#include <unistd.h>
 
-#include <atomic>
+#include <cerrno>
 
 #include "utilities/uconsole.h"
 
@@ -14,6 +16,14 @@ sigset_t interrupt_set() {
     sigemptyset(&set);
     sigaddset(&set, SIGINT);
     return set;
+}
+
+// The destructor wakes the signal thread with a SIGINT queued to that thread
+// alone, carrying the address of the state; a Ctrl+C comes from the terminal
+// or from kill, and carries no value. (A plain pthread_kill can't be told
+// apart: the C library reports it as coming from kill.)
+bool is_wake_up(const siginfo_t& info, const void* state) {
+    return info.si_code == SI_QUEUE && info.si_pid == getpid() && info.si_value.sival_ptr == state;
 }
 
 // An event the routine didn't handle goes where it would have gone without
@@ -32,28 +42,48 @@ void pass_on_interrupt() {
 // destructor joins before it frees this.
 struct uConsoleControl::platform_state {
     static void* entry(void* argument);
+    void serve() const;
+    void serve_pending() const;
 
     console_ctrl_routine routine = nullptr;
     sigset_t previous_mask{};  // Of the constructing thread.
     pthread_t thread{};
-    // Set by the destructor before it wakes the thread with a SIGINT of its
-    // own, so that the thread ends instead of calling the routine.
-    std::atomic<bool> stopping{false};
 };
 
 void* uConsoleControl::platform_state::entry(void* argument) {
-    platform_state& state = *static_cast<platform_state*>(argument);
+    const platform_state& state = *static_cast<platform_state*>(argument);
     const sigset_t set = interrupt_set();
     for (;;) {
-        int taken = 0;
-        if (sigwait(&set, &taken) != 0) {
+        siginfo_t info{};
+        if (sigwaitinfo(&set, &info) < 0) {
             continue;
         }
-        if (state.stopping.load()) {
+        if (is_wake_up(info, &state)) {
+            // A signal sent to this thread is taken before one sent to the
+            // process, so a Ctrl+C may still wait behind the wake-up.
+            state.serve_pending();
             return nullptr;
         }
-        if (!state.routine(CTRL_C_EVENT)) {
-            pass_on_interrupt();
+        state.serve();
+    }
+}
+
+void uConsoleControl::platform_state::serve() const {
+    if (!routine(CTRL_C_EVENT)) {
+        pass_on_interrupt();
+    }
+}
+
+void uConsoleControl::platform_state::serve_pending() const {
+    const sigset_t set = interrupt_set();
+    for (;;) {
+        sigset_t pending;
+        if (sigpending(&pending) != 0 || sigismember(&pending, SIGINT) != 1) {
+            return;
+        }
+        siginfo_t info{};
+        if (sigwaitinfo(&set, &info) > 0) {
+            serve();
         }
     }
 }
@@ -79,11 +109,15 @@ uConsoleControl::~uConsoleControl() {
     if (state == nullptr) {
         return;
     }
-    state->stopping.store(true);
-    pthread_kill(state->thread, SIGINT);
+    sigval wake_up{};
+    wake_up.sival_ptr = state.get();
+    while (pthread_sigqueue(state->thread, SIGINT, wake_up) == EAGAIN) {
+        // The limit of queued signals is reached for the moment.
+        sched_yield();
+    }
     pthread_join(state->thread, nullptr);
-    // A Ctrl+C that came in while the thread was told to end, and any one
-    // after this, takes SIGINT's own disposition.
+    // From here on a Ctrl+C takes SIGINT's own disposition: by default it
+    // ends the process, and nothing of ours runs.
     pthread_sigmask(SIG_SETMASK, &state->previous_mask, nullptr);
 }
 

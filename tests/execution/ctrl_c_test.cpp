@@ -86,6 +86,7 @@ bool counting_routine(uint32_t control_type) {
 }
 
 TEST(ctrl_c, with_nothing_running_it_is_handled_and_the_process_goes_on) {
+    routine_calls = 0;
     ASSERT_FALSE(interrupt_blocked_here());
     {
         VX_UTL::uConsoleControl control(counting_routine);
@@ -100,6 +101,15 @@ TEST(ctrl_c, with_nothing_running_it_is_handled_and_the_process_goes_on) {
     // Taken off: the mask is as it was, and the routine is called no more.
     EXPECT_FALSE(interrupt_blocked_here());
     EXPECT_EQ(routine_calls, 3);
+}
+
+TEST(ctrl_c, one_that_comes_just_before_the_routing_is_taken_off_is_still_served) {
+    routine_calls = 0;
+    {
+        VX_UTL::uConsoleControl control(counting_routine);
+        send_ctrl_c();
+    }
+    EXPECT_EQ(routine_calls, 1);
 }
 
 bool refusing_routine(uint32_t) {
