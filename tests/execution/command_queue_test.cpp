@@ -149,7 +149,7 @@ TEST(command_queue, a_stop_at_the_limit_and_stop_all_reach_the_command_one_after
 
 TEST(command_queue, serves_one_line_after_another) {
     command_queue queue;
-    for (int line = 0; line < 3; ++line) {
+    for (int line = 0; line < 2; ++line) {
         auto first = std::make_shared<fake::record>();
         auto second = std::make_shared<fake::record>();
         queue.add("ws", new fake::command(first, runs_on), 3);

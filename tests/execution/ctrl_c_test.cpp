@@ -55,26 +55,6 @@ TEST(ctrl_c, stops_every_running_use_case_without_a_message) {
     }
 }
 
-TEST(ctrl_c, stops_a_use_case_that_is_being_stopped_at_its_limit_again) {
-    const auto ctrl_handling = install_ctrl_handler();
-    auto seen = std::make_shared<fake::record>();
-    fake::behaviour how;
-    how.stops_needed = 2;
-    how.stop_blocks_ms = 5;
-    global_command_queue.add("ws", new fake::command(seen, how), 10);
-    std::thread user([&] {
-        fake::await_at_least(seen->stops, 1);
-        send_ctrl_c();
-    });
-    fake::cout_capture output;
-    global_command_queue.start_all();
-    global_command_queue.wait_all();
-    user.join();
-    EXPECT_EQ(output.str(), "Stopping ws after 10ms\n");
-    EXPECT_EQ(seen->stops, 2);
-    EXPECT_FALSE(seen->stops_overlapped);
-}
-
 std::atomic<int> routine_calls{0};
 std::atomic<uint32_t> routine_thread{0};
 
