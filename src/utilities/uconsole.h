@@ -22,7 +22,7 @@ using console_ctrl_routine = bool (*)(uint32_t control_type);
 // main thread, until the object is destroyed; no call of `routine` is under
 // way or follows after that. On POSIX: SIGINT is blocked in the constructing
 // thread, and every thread created later inherits that, and one thread takes
-// it with sigwait, as CTRL_C_EVENT. So it must be constructed before any
+// it with sigwaitinfo, as CTRL_C_EVENT. So it must be constructed before any
 // other thread exists, and destroyed on the thread that constructed it, which
 // gets its signal mask back; a SIGINT after that has its default action.
 class uConsoleControl {
