@@ -16,42 +16,27 @@ namespace {
 using VX_UTL::get_trace_registry;
 using VX_UTL::uTraceRegistry;
 
-// Installs a log at a level for one test and puts the registry back as
-// zelno runs it: level 0, no log.
-class installed_log {
-  public:
-    installed_log(VX_UTL::uTraceLog& log, int32_t level) {
-        get_trace_registry().trace_log = &log;
-        get_trace_registry().trace_level = level;
-    }
-    ~installed_log() {
-        get_trace_registry().trace_log = nullptr;
-        get_trace_registry().trace_level = 0;
-    }
-};
-
-TEST(uTraceRegistry, IsOneRecordThatStartsSilent) {
-    uTraceRegistry& registry = get_trace_registry();
-    EXPECT_EQ(&registry, &get_trace_registry());
-    EXPECT_EQ(registry.trace_level, 0);
-    EXPECT_EQ(registry.trace_log, nullptr);
-}
-
 // A failed load asks the registry; only from level 1 does its log see it.
 TEST(uTraceRegistry, FailedLoadReachesTheLogOnlyFromLevelOne) {
     struct row {
         int32_t level;
         bool written;
     };
+    uTraceRegistry& registry = get_trace_registry();
+    ASSERT_EQ(&registry, &get_trace_registry());
+    ASSERT_EQ(registry.trace_level, 0);
     for (const row r : {row{0, false}, row{1, true}}) {
         const std::string file =
             ::testing::TempDir() + "udll_trace_" + std::to_string(r.level) + ".log";
         std::filesystem::remove(file);
         {
             VX_UTL::uTraceLog log(file, true, false, false, false, 1);
-            const installed_log installed(log, r.level);
+            registry.trace_log = &log;
+            registry.trace_level = r.level;
             VX_UTL::uDll library(nullptr, -1);
             EXPECT_FALSE(library.load("libzelno_no_such_library.so", -1));
+            registry.trace_log = nullptr;
+            registry.trace_level = 0;
         }
         ASSERT_EQ(std::filesystem::exists(file), r.written) << "level " << r.level;
         if (r.written) {
