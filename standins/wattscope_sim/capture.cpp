@@ -13,6 +13,7 @@ namespace {
 constexpr uint64_t chunk_samples = 4096;
 constexpr auto tick = std::chrono::milliseconds(50);
 constexpr auto flush_period = std::chrono::milliseconds(250);
+constexpr auto stop_grace = std::chrono::milliseconds(20);
 }  // namespace
 
 capture::capture(capture_settings settings)
@@ -122,7 +123,13 @@ capture_end capture::sample_until_the_end() {
         // Read before the clock: after a stop, what was due by then still comes.
         const bool stopping = stop_.requested();
         const clock::time_point now = clock::now();
-        const uint64_t due = std::min(periods_in(now - start, rate), limit);
+        uint64_t due = std::min(periods_in(now - start, rate), limit);
+        if (stopping && deadline - now <= stop_grace) {
+            // zelno stops a capture at the same duration by its own clock,
+            // started a moment apart from ours: a stop that close to our end
+            // completes the capture rather than cut its last samples.
+            due = limit;
+        }
         if (due > next_ + backlog) {
             skip(due - backlog - next_);
         }
@@ -130,7 +137,7 @@ capture_end capture::sample_until_the_end() {
         if (!produce(due, end)) {
             return end;
         }
-        if (next_ == limit && now >= deadline) {
+        if (next_ == limit && (now >= deadline || stopping)) {
             return capture_end::duration;
         }
         if (stopping) {

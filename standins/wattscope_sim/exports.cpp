@@ -1,9 +1,16 @@
 // The eight exported functions of libwattscopestandalone.so, the probe
 // simulator. They keep C++ exceptions inside the library: zelno calls them
 // from threads that catch nothing.
+//
+// What a use case prints goes out in one write() per stream at its end,
+// not through std::cout: zelno may be writing a line of its own from another
+// thread at that moment (its stop message), and std::cout would let the two
+// interleave piece by piece inside one stdio buffer.
 
-#include <iostream>
-#include <new>
+#include <unistd.h>
+
+#include <cerrno>
+#include <sstream>
 #include <string>
 
 #include "usecases/usecase_abi.h"
@@ -17,8 +24,32 @@ namespace {
 using standin::sim::capture;
 using standin::sim::production_test;
 
+void write_out(int fd, const std::string& text) {
+    size_t done = 0;
+    while (done < text.size()) {
+        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+        if (n < 0 && errno == EINTR) {
+            continue;
+        }
+        if (n <= 0) {
+            return;
+        }
+        done += static_cast<size_t>(n);
+    }
+}
+
 void report(const char* use_case, const std::string& problem) {
-    std::cerr << use_case << ": " << problem << std::endl;
+    write_out(STDERR_FILENO, std::string(use_case) + ": " + problem + "\n");
+}
+
+template <typename UseCase>
+int32_t run_and_print(UseCase& use_case) {
+    std::ostringstream out;
+    std::ostringstream errors;
+    const int32_t result = use_case.run(out, errors);
+    write_out(STDERR_FILENO, errors.str());
+    write_out(STDOUT_FILENO, out.str());
+    return result;
 }
 
 }  // namespace
@@ -55,7 +86,7 @@ STANDIN_EXPORT int32_t wattscope_run(void* handle) {
         return -1;
     }
     try {
-        return static_cast<capture*>(handle)->run(std::cout, std::cerr);
+        return run_and_print(*static_cast<capture*>(handle));
     } catch (const std::exception& e) {
         report("wattscope", e.what());
     }
@@ -104,7 +135,7 @@ STANDIN_EXPORT int32_t prodtest_run(void* handle) {
         return -1;
     }
     try {
-        return static_cast<production_test*>(handle)->run(std::cout, std::cerr);
+        return run_and_print(*static_cast<production_test*>(handle));
     } catch (const std::exception& e) {
         report("prodtest", e.what());
     }
