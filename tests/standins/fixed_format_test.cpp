@@ -77,6 +77,10 @@ TEST(row_format, a_row_has_every_column_in_order) {
     end = put_trace(end, csv, 0x08000802, "adc_read");
     EXPECT_EQ(std::string(buffer, end),
               "2001,1.0005,0.004500000,3.297750,0.014839875,0.123456789,1,0x08000802,adc_read");
+    const row_layout fast = make_row_layout(false, false, 1000000);
+    end = put_row(buffer, fast, 1123456, {1, 123456}, {-1, 0, 0, false}, 0);
+    EXPECT_EQ(std::string(buffer, end),
+              "1123456,1.123456,-0.000000001,0.000000,0.000000000,0.000000000,0");
     const row_layout gnuplot = make_row_layout(true, false, 3);
     end = put_row(buffer, gnuplot, 4, {1, 1}, {0, 3'300'000, 0, false}, 0);
     EXPECT_EQ(std::string(buffer, end), "4 1.333 0.000000000 3.300000 0.000000000 0.000000000 0");
