@@ -11,7 +11,7 @@
 
 // One queued use case. Owns its runnable and thread.
 class command_data_t {
-public:
+  public:
     virtual ~command_data_t();
 
     std::string name;
@@ -24,7 +24,7 @@ public:
 // side, timed and destroyed by wait_all. Main thread only, but for stop_all,
 // which the console control thread calls.
 class command_queue {
-public:
+  public:
     command_queue() = default;
     virtual ~command_queue() = default;
     command_queue(const command_queue&) = delete;
@@ -39,7 +39,7 @@ public:
     // Stops each entry at its limit, waits until none runs, destroys all.
     void wait_all();
 
-private:
+  private:
     void stop_at_limit(command_data_t& entry, int32_t elapsed);
     void clean_up();
 

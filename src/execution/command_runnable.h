@@ -19,7 +19,7 @@ enum command_status : uint32_t {
 // Fits one command to a uThread. Owns the command. The runnable must outlive
 // its thread: the thread takes and releases `mutex` after its last store.
 class command_runnable : public VX_UTL::uRunnable {
-public:
+  public:
     explicit command_runnable(zelno_command* command);
     ~command_runnable() override;
     command_runnable(const command_runnable&) = delete;
@@ -34,7 +34,7 @@ public:
     // notifies at each store, so this stands in for re-reading the word.
     void wait_while(uint32_t old_status) const { status_word.wait(old_status); }
 
-private:
+  private:
     void set_status(uint32_t value);
 
     // Deleted by the destructor under `mutex`; stop() reaches it under `mutex`.

@@ -7,7 +7,7 @@
 // before run() has really begun, more than once, and just after run()
 // returned.
 class zelno_command {
-public:
+  public:
     virtual ~zelno_command() = default;
     virtual int32_t run() = 0;
     virtual void stop() = 0;

@@ -11,17 +11,17 @@
 #include <string>
 
 struct wattscope_options {
-    int32_t sampfreq;         // Samples per second.
-    std::string output;       // Output file.
-    std::string format;       // "csv" or "gnuplot", as typed.
-    std::string trace_mode;   // "ws" or "ws+", as typed.
-    std::string config;       // Board configuration file of the session.
-    std::string device;       // Device name of the session.
-    int32_t maxoutsize;       // Size limit of the output file.
-    std::string range;        // "lo" or "hi", as typed.
-    int32_t duration;         // Milliseconds; 0 or less is no limit.
-    uint8_t trig;             // 1: wait for the hardware trigger.
-    uint8_t saveall;          // 1: keep every sample in the file.
+    int32_t sampfreq;                   // Samples per second.
+    std::string output;                 // Output file.
+    std::string format;                 // "csv" or "gnuplot", as typed.
+    std::string trace_mode;             // "ws" or "ws+", as typed.
+    std::string config;                 // Board configuration file of the session.
+    std::string device;                 // Device name of the session.
+    int32_t maxoutsize;                 // Size limit of the output file.
+    std::string range;                  // "lo" or "hi", as typed.
+    int32_t duration;                   // Milliseconds; 0 or less is no limit.
+    uint8_t trig;                       // 1: wait for the hardware trigger.
+    uint8_t saveall;                    // 1: keep every sample in the file.
     std::shared_ptr<void> shared_slot;  // Empty on the way in.
 };
 

@@ -26,7 +26,7 @@ using console_ctrl_routine = bool (*)(uint32_t control_type);
 // other thread exists, and destroyed on the thread that constructed it, which
 // gets its signal mask back; a SIGINT after that has its default action.
 class uConsoleControl {
-public:
+  public:
     explicit uConsoleControl(console_ctrl_routine routine);
     ~uConsoleControl();
     uConsoleControl(const uConsoleControl&) = delete;
@@ -36,7 +36,7 @@ public:
     // platform's default.
     bool installed() const { return state != nullptr; }
 
-private:
+  private:
     struct platform_state;
     std::unique_ptr<platform_state> state;  // Null when not installed.
 };

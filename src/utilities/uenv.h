@@ -12,7 +12,7 @@ namespace VX_UTL {
 extern std::map<uint32_t, std::string> thread_env_values;
 
 class uEnv {
-public:
+  public:
     // Value of the variable, never null; empty for an unset variable. The
     // text stays valid until this thread's next get: copy it at once.
     static const char* get(const char* name);

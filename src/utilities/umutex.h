@@ -10,7 +10,7 @@ namespace VX_UTL {
 // refused. The platform's lock object sits behind an opaque pointer so that
 // no platform header leaks into users. Must be free when destroyed.
 class uMutex {
-public:
+  public:
     uMutex();
     virtual ~uMutex();
     uMutex(const uMutex&) = delete;
@@ -19,7 +19,7 @@ public:
     bool lock();    // Blocks until held; always true.
     bool unlock();  // False, and nothing changes, unless the caller holds it.
 
-private:
+  private:
     struct platform_lock;
     std::unique_ptr<platform_lock> critical_section;
     // Written only by the holder; read by any thread in unlock's owner test.
@@ -29,13 +29,13 @@ private:
 
 // Holds a uMutex for one scope, so that no way out forgets the unlock.
 class uMutexLock {
-public:
+  public:
     explicit uMutexLock(uMutex& mutex) : held(mutex) { held.lock(); }
     ~uMutexLock() { held.unlock(); }
     uMutexLock(const uMutexLock&) = delete;
     uMutexLock& operator=(const uMutexLock&) = delete;
 
-private:
+  private:
     uMutex& held;
 };
 

@@ -5,7 +5,7 @@
 namespace VX_UTL {
 
 class uPath {
-public:
+  public:
     // Appends `piece` to `path` with one platform separator between them, then
     // turns every foreign separator into the platform's and collapses runs of
     // separators into one, over the whole path. `piece` must not be null.

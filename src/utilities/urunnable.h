@@ -4,7 +4,7 @@ namespace VX_UTL {
 
 // The body of a uThread.
 class uRunnable {
-public:
+  public:
     virtual ~uRunnable() = default;
     virtual void run() = 0;
 };

@@ -36,8 +36,7 @@ const char* uString::replace(std::string& text, const char* from, const char* to
     return text.c_str();
 }
 
-const char* uString::format_int(int32_t value, std::string& text, bool append,
-                                const char* format) {
+const char* uString::format_int(int32_t value, std::string& text, bool append, const char* format) {
     char buffer[1024];
     // The format is the caller's by contract: one integer conversion.
 #pragma GCC diagnostic push

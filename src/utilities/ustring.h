@@ -8,9 +8,9 @@
 namespace VX_UTL {
 
 class uString {
-public:
+  public:
     class error : public source_utilities_error {
-    public:
+      public:
         explicit error(const std::string& text) : source_utilities_error(text) {}
     };
 

@@ -13,7 +13,7 @@ namespace VX_UTL {
 // itself needs lives in the shared handle, so destroying the uThread early
 // frees nothing that the thread still uses.
 class uThread {
-public:
+  public:
     // wait() with this time-out has no limit.
     static constexpr uint32_t infinite = 0xFFFFFFFF;
 
@@ -30,7 +30,7 @@ public:
     // May be called any number of times, also long after the end.
     bool wait(uint32_t timeout_ms);
 
-private:
+  private:
     struct platform_thread;
     uRunnable* runnable;
     // Null until start() succeeds. Shared with the running thread.

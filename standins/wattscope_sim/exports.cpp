@@ -52,6 +52,29 @@ int32_t run_and_print(UseCase& use_case) {
     return result;
 }
 
+// Runs a use case behind a handle, keeping exceptions inside the library.
+template <typename UseCase>
+int32_t run_handle(void* handle, const char* name) {
+    if (handle == nullptr) {
+        return -1;
+    }
+    try {
+        return run_and_print(*static_cast<UseCase*>(handle));
+    } catch (const std::exception& e) {
+        report(name, e.what());
+    }
+    return -1;
+}
+
+template <typename UseCase>
+int32_t stop_handle(void* handle) {
+    if (handle == nullptr) {
+        return -1;
+    }
+    static_cast<UseCase*>(handle)->stop();
+    return 0;
+}
+
 }  // namespace
 
 STANDIN_EXPORT int32_t wattscope_create(const wattscope_options* options, void** handle) {
@@ -82,23 +105,11 @@ STANDIN_EXPORT int32_t wattscope_create(const wattscope_options* options, void**
 }
 
 STANDIN_EXPORT int32_t wattscope_run(void* handle) {
-    if (handle == nullptr) {
-        return -1;
-    }
-    try {
-        return run_and_print(*static_cast<capture*>(handle));
-    } catch (const std::exception& e) {
-        report("wattscope", e.what());
-    }
-    return -1;
+    return run_handle<capture>(handle, "wattscope");
 }
 
 STANDIN_EXPORT int32_t wattscope_stop(void* handle) {
-    if (handle == nullptr) {
-        return -1;
-    }
-    static_cast<capture*>(handle)->stop();
-    return 0;
+    return stop_handle<capture>(handle);
 }
 
 STANDIN_EXPORT int32_t wattscope_destroy(void* handle) {
@@ -131,23 +142,11 @@ STANDIN_EXPORT int32_t prodtest_create(const prodtest_options* options, void** h
 }
 
 STANDIN_EXPORT int32_t prodtest_run(void* handle) {
-    if (handle == nullptr) {
-        return -1;
-    }
-    try {
-        return run_and_print(*static_cast<production_test*>(handle));
-    } catch (const std::exception& e) {
-        report("prodtest", e.what());
-    }
-    return -1;
+    return run_handle<production_test>(handle, "prodtest");
 }
 
 STANDIN_EXPORT int32_t prodtest_stop(void* handle) {
-    if (handle == nullptr) {
-        return -1;
-    }
-    static_cast<production_test*>(handle)->stop();
-    return 0;
+    return stop_handle<production_test>(handle);
 }
 
 STANDIN_EXPORT int32_t prodtest_destroy(void* handle) {

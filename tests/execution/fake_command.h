@@ -20,7 +20,7 @@ namespace fake {
 
 // Blocks until opened.
 class gate {
-public:
+  public:
     void open() {
         const std::lock_guard<std::mutex> lock(mutex);
         is_open = true;
@@ -31,7 +31,7 @@ public:
         changed.wait(lock, [this] { return is_open; });
     }
 
-private:
+  private:
     std::mutex mutex;
     std::condition_variable changed;
     bool is_open = false;
@@ -71,7 +71,7 @@ struct record {
 };
 
 class command : public zelno_command {
-public:
+  public:
     command(std::shared_ptr<record> into, behaviour how, std::atomic<int>* order_counter = nullptr)
         : seen(std::move(into)), shape(how), order(order_counter) {}
     ~command() override { seen->destroyed = true; }
@@ -111,7 +111,7 @@ public:
         --seen->inside_stop;
     }
 
-private:
+  private:
     std::shared_ptr<record> seen;
     behaviour shape;
     std::atomic<int>* order;
@@ -122,14 +122,14 @@ private:
 
 // Collects what std::cout gets while it lives.
 class cout_capture {
-public:
+  public:
     cout_capture() : previous(std::cout.rdbuf(text.rdbuf())) {}
     ~cout_capture() { std::cout.rdbuf(previous); }
     cout_capture(const cout_capture&) = delete;
     cout_capture& operator=(const cout_capture&) = delete;
     std::string str() const { return text.str(); }
 
-private:
+  private:
     std::ostringstream text;
     std::streambuf* previous;
 };

@@ -30,10 +30,9 @@ INSTANTIATE_TEST_SUITE_P(
         split_case{"a;\"b;c\";d", ';', {"a", "b;c", "d"}},
         split_case{"\"a\" ;b", ';', {"a", " ", "b"}}, split_case{" \"\"", ';', {" \"\""}},
         split_case{" \"\"", ' ', {}}, split_case{"a\tb c", ' ', {"a\tb", "c"}},
-        split_case{"x\\ y", ' ', {"x\\", "y"}},
-        split_case{"\"help\" quit", ';', {"help", " quit"}},
+        split_case{"x\\ y", ' ', {"x\\", "y"}}, split_case{"\"help\" quit", ';', {"help", " quit"}},
         split_case{"connect --device \"a;b\"", ';', {"connect --device \"a", "b\""}},
-        split_case{"connect --config \"my dir/b.dat\"", ' ',
-                   {"connect", "--config", "my dir/b.dat"}}));
+        split_case{
+            "connect --config \"my dir/b.dat\"", ' ', {"connect", "--config", "my dir/b.dat"}}));
 
 }  // namespace

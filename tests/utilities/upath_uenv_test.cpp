@@ -32,8 +32,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(append_case{"", "common", "common"}, append_case{"..", "..", "../.."},
                     append_case{"a/", "b", "a/b"}, append_case{"a\\", "b", "a/b"},
                     append_case{"a", "/b", "a/b"}, append_case{"a", "\\b", "a/b"},
-                    append_case{"a\\b", "c\\d", "a/b/c/d"},
-                    append_case{"//a////b", "c", "/a/b/c"},
+                    append_case{"a\\b", "c\\d", "a/b/c/d"}, append_case{"//a////b", "c", "/a/b/c"},
                     append_case{"\\\\\\\\x", "y", "/x/y"}));
 
 TEST(upath_append, builds_the_dependency_directory) {

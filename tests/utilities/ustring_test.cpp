@@ -22,21 +22,22 @@ TEST_P(replace_cases, gives_the_text) {
     EXPECT_EQ(text, c.result);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    table, replace_cases,
-    testing::Values(replace_case{"abc", "x", "y", "abc"}, replace_case{"", "x", "y", ""},
-                    replace_case{"ab", "abc", "y", "ab"}, replace_case{"a/b/c", "/", "\\", "a\\b\\c"},
-                    replace_case{"abXabab", "ab", "", "Xab"},
-                    // Shorter `to`: the search resumes L bytes behind the hit.
-                    replace_case{"\\\\\\\\", "\\\\", "\\", "\\\\\\"},
-                    replace_case{"\\\\\\", "\\\\", "\\", "\\\\"},
-                    // Longer `to`: resumes inside the insert, which is safe
-                    // as long as `to` does not hold `from` at or behind L.
-                    replace_case{"aa", "a", "xy", "xyxy"},
-                    // `to` holds `from` behind L: would never end; resumes
-                    // behind the insert instead.
-                    replace_case{"aa", "a", "xa", "xaxa"},
-                    replace_case{"abc", "", "zz", "abc"}));
+INSTANTIATE_TEST_SUITE_P(table, replace_cases,
+                         testing::Values(replace_case{"abc", "x", "y", "abc"},
+                                         replace_case{"", "x", "y", ""},
+                                         replace_case{"ab", "abc", "y", "ab"},
+                                         replace_case{"a/b/c", "/", "\\", "a\\b\\c"},
+                                         replace_case{"abXabab", "ab", "", "Xab"},
+                                         // Shorter `to`: the search resumes L bytes behind the hit.
+                                         replace_case{"\\\\\\\\", "\\\\", "\\", "\\\\\\"},
+                                         replace_case{"\\\\\\", "\\\\", "\\", "\\\\"},
+                                         // Longer `to`: resumes inside the insert, which is safe
+                                         // as long as `to` does not hold `from` at or behind L.
+                                         replace_case{"aa", "a", "xy", "xyxy"},
+                                         // `to` holds `from` behind L: would never end; resumes
+                                         // behind the insert instead.
+                                         replace_case{"aa", "a", "xa", "xaxa"},
+                                         replace_case{"abc", "", "zz", "abc"}));
 
 TEST(ustring_replace, null_arguments_throw_in_order_and_leave_the_text) {
     std::string text = "keep";

@@ -19,7 +19,7 @@ using VX_UTL::uThread;
 
 // A body that runs until the test lets it go.
 class gated_body : public uRunnable {
-public:
+  public:
     void run() override {
         {
             std::unique_lock<std::mutex> lock(mutex);
@@ -42,7 +42,7 @@ public:
 
     std::atomic<int> runs{0};
 
-private:
+  private:
     std::mutex mutex;
     std::condition_variable changed;
     bool entered = false;
@@ -117,7 +117,7 @@ TEST(uthread, stack_sizes_below_the_minimum_are_raised) {
 
 // Reads the nice value of the thread that runs it, on its first step.
 class nice_probe : public uRunnable {
-public:
+  public:
     void run() override {
         errno = 0;
         nice = getpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)));

@@ -12,9 +12,9 @@
 < prodtest --input limits.txt
 % include banner
 >| zelno> zelno> 
->~ (?:Stopping wattscope after 3000ms\n)?wattscope: capture\.csv: \d+ samples in [\d.]+ s \((?:duration reached|stopped)\), mean 2\.\d+ mA, peak 1\d\.\d+ mA, charge [\d.]+ mC, energy [\d.]+ mJ, 0 dropped
+>~ (?:Stopping wattscope after 3000ms\n)?wattscope: capture\.csv: \d+ samples in [\d.]+ s \((?:duration reached|stopped)\), mean 2\.\d+ mA, peak 1\d\.\d+ mA, charge [\d.]+ mC, energy [\d.]+ mJ, \d+ dropped
 >| zelno> 
->~ (?:Stopping wattscope after 2000ms\n)?wattscope: trace\.dat: \d+ samples in [\d.]+ s \((?:duration reached|stopped)\), mean 2\.\d+ mA, peak 1\d\.\d+ mA, charge [\d.]+ mC, energy [\d.]+ mJ, 0 dropped; energy by function: radio_send [\d.]+ mJ, (?:\w+ [\d.]+ mJ, ){3}\w+ [\d.]+ mJ
+>~ (?:Stopping wattscope after 2000ms\n)?wattscope: trace\.dat: \d+ samples in [\d.]+ s \((?:duration reached|stopped)\), mean 2\.\d+ mA, peak 1\d\.\d+ mA, charge [\d.]+ mC, energy [\d.]+ mJ, \d+ dropped; energy by function: radio_send [\d.]+ mJ, (?:\w+ [\d.]+ mJ, ){3}\w+ [\d.]+ mJ
 >| zelno> 
 >~ prodtest: supply_voltage 3\.\d+ V, expected 3\.299 V \+/- 0\.5%: PASS
 >~ prodtest: mean_current 2\.\d+ mA, expected 2\.47 mA \+/- 3%: PASS
