@@ -52,14 +52,7 @@ void argtable_binding::bind_argtable() {
 }
 
 VX_UTL::uDll::symbol argtable_binding::find_argtable_symbol(const char* name) {
-    if (name == nullptr) {
-        return nullptr;
-    }
-    if (const VX_UTL::uDll::symbol address = library.get_symbol(name)) {
-        return address;
-    }
-    // Some builds of the library decorate their exports.
-    return library.get_symbol(("_" + std::string(name)).c_str());
+    return library.get_decorated_symbol(name);
 }
 
 argtable_binding& get_argtable_binding() {

@@ -3,9 +3,7 @@
 
 #include "session/session.h"
 #include "utilities/udll.h"
-#include "utilities/uenv.h"
 #include "utilities/upath.h"
-#include "utilities/uplatform.h"
 
 namespace {
 
@@ -29,12 +27,8 @@ void extend_library_search() {
     uPath::append(bin, "bin");
     std::string dblnk = common;
     uPath::append(dblnk, "dblnk");
-
-    const char* variable = VX_UTL::uPlatform::library_search_variable;
-    const char* separator = VX_UTL::uPlatform::library_search_separator;
-    std::string value = VX_UTL::uEnv::get(variable);
-    value.append(separator).append(bin).append(separator).append(dblnk);
-    VX_UTL::uEnv::set(variable, value.c_str());
+    VX_UTL::uDll::add_search_directory(bin);
+    VX_UTL::uDll::add_search_directory(dblnk);
 }
 
 }  // namespace

@@ -2,9 +2,7 @@
 
 #include <stdexcept>
 
-#include "utilities/uenv.h"
 #include "utilities/upath.h"
-#include "utilities/uplatform.h"
 
 namespace {
 
@@ -20,21 +18,11 @@ std::string dependency_directory() {
     return directory;
 }
 
-void add_to_library_search(const std::string& directory) {
-    using VX_UTL::uPlatform::library_search_separator;
-    using VX_UTL::uPlatform::library_search_variable;
-    // Copied at once: the text of uEnv::get lasts only until the next get.
-    std::string search = VX_UTL::uEnv::get(library_search_variable);
-    search += library_search_separator;
-    search += directory;
-    VX_UTL::uEnv::set(library_search_variable, search.c_str());
-}
-
 }  // namespace
 
 void usecase_library::load() {
     // Before the first attempt, so that every attempt sees the directory.
-    add_to_library_search(dependency_directory());
+    VX_UTL::uDll::add_search_directory(dependency_directory());
 
     std::string file_name;
     VX_UTL::uDll::library_file_name(file_name, library_base_name);
@@ -59,12 +47,7 @@ VX_UTL::uDll::symbol usecase_library::symbol(const char* name) {
     if (name == nullptr) {
         return nullptr;
     }
-    if (const VX_UTL::uDll::symbol address = library.get_symbol(name)) {
-        return address;
-    }
-    // Some builds of the library decorate their exports.
-    if (const VX_UTL::uDll::symbol address =
-            library.get_symbol(("_" + std::string(name)).c_str())) {
+    if (const VX_UTL::uDll::symbol address = library.get_decorated_symbol(name)) {
         return address;
     }
     throw std::runtime_error("Function " + std::string(name) + " not found in " +

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include "utilities/uenv.h"
 #include "utilities/uplatform.h"
 #include "utilities/utrace_registry.h"
 #include "utilities/utracelog.h"
@@ -62,6 +63,24 @@ uDll::symbol uDll::get_symbol(const char* name) {
     const symbol address = find_module_symbol(module, name, error);
     set_last_error(std::move(error));
     return address;
+}
+
+uDll::symbol uDll::get_decorated_symbol(const char* name) {
+    if (name == nullptr) {
+        return nullptr;
+    }
+    if (const symbol address = get_symbol(name)) {
+        return address;
+    }
+    return get_symbol(("_" + std::string(name)).c_str());
+}
+
+void uDll::add_search_directory(const std::string& directory) {
+    // Copied at once: the text of uEnv::get lasts only until the next get.
+    std::string search = uEnv::get(uPlatform::library_search_variable);
+    search += uPlatform::library_search_separator;
+    search += directory;
+    uEnv::set(uPlatform::library_search_variable, search.c_str());
 }
 
 std::string uDll::last_error() const {

@@ -27,6 +27,13 @@ class uDll {
     bool load_file(const char* name);
     bool is_loaded() const { return module != nullptr; }
     symbol get_symbol(const char* name);
+    // The name as given, else with a leading underscore, as some builds of a
+    // library decorate their exports. Null for a null name.
+    symbol get_decorated_symbol(const char* name);
+
+    // Puts `directory` behind the entries of the platform's library search
+    // variable, as it stands now; later loads by bare name see it.
+    static void add_search_directory(const std::string& directory);
 
     // Text of the last failure on this object, empty after a success.
     std::string last_error() const;
