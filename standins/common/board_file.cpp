@@ -15,6 +15,14 @@ int64_t board_model::cycle_us() const {
     return total;
 }
 
+size_t board_model::function_index(std::string_view name) const {
+    size_t r = 0;
+    while (r < functions.size() && functions[r].name != name) {
+        ++r;
+    }
+    return r;
+}
+
 namespace {
 
 constexpr std::string_view format_line = "board 1";
@@ -66,6 +74,15 @@ class board_reader {
         }
     }
 
+    // "<key> <value>", given once, its value a whole number in [low, high].
+    int64_t number_setting(const std::vector<std::string_view>& words, std::string_view value,
+                           int64_t low, int64_t high) {
+        const std::string_view key = words[0];
+        expect_words(words, 2, std::string(key) + " " + std::string(value));
+        once(key);
+        return whole_number(words[1], key, low, high);
+    }
+
     void read_line(const std::vector<std::string_view>& words) {
         const std::string_view key = words[0];
         if (key == "target") {
@@ -76,25 +93,16 @@ class board_reader {
             }
             board_.target = words[1];
         } else if (key == "supply_uv") {
-            expect_words(words, 2, "supply_uv <microvolts>");
-            once(key);
-            board_.supply_uv = whole_number(words[1], key, 1, max_supply_uv);
+            board_.supply_uv = number_setting(words, "<microvolts>", 1, max_supply_uv);
         } else if (key == "source_mohm") {
-            expect_words(words, 2, "source_mohm <milliohms>");
-            once(key);
-            board_.source_resistance_mohm = whole_number(words[1], key, 0, max_resistance_mohm);
+            board_.source_resistance_mohm =
+                number_setting(words, "<milliohms>", 0, max_resistance_mohm);
         } else if (key == "noise_ppm") {
-            expect_words(words, 2, "noise_ppm <parts per million>");
-            once(key);
-            board_.noise_ppm = whole_number(words[1], key, 0, 1'000'000);
+            board_.noise_ppm = number_setting(words, "<parts per million>", 0, 1'000'000);
         } else if (key == "noise_floor_na") {
-            expect_words(words, 2, "noise_floor_na <nanoamperes>");
-            once(key);
-            board_.noise_floor_na = whole_number(words[1], key, 0, max_current_na);
+            board_.noise_floor_na = number_setting(words, "<nanoamperes>", 0, max_current_na);
         } else if (key == "trigger_delay_us") {
-            expect_words(words, 2, "trigger_delay_us <microseconds>");
-            once(key);
-            board_.trigger_delay_us = whole_number(words[1], key, 0, max_mode_time_us);
+            board_.trigger_delay_us = number_setting(words, "<microseconds>", 0, max_mode_time_us);
         } else if (key == "mode") {
             read_mode(words);
         } else if (key == "function") {
@@ -153,10 +161,8 @@ class board_reader {
         if (!is_name(region.name)) {
             fail("the function name may hold letters, digits, '_', '-' and '.' only");
         }
-        for (const code_region& other : board_.functions) {
-            if (other.name == region.name) {
-                fail("function '" + region.name + "' is given twice");
-            }
+        if (board_.function_index(region.name) != board_.functions.size()) {
+            fail("function '" + region.name + "' is given twice");
         }
         const std::optional<uint64_t> start = parse_address(words[2]);
         const std::optional<uint64_t> end = parse_address(words[3]);
@@ -179,15 +185,11 @@ class board_reader {
         }
         for (size_t m = 0; m < board_.modes.size(); ++m) {
             for (mode_code& code : board_.modes[m].code) {
-                size_t r = 0;
-                while (r < board_.functions.size() && board_.functions[r].name != code.function) {
-                    ++r;
-                }
-                if (r == board_.functions.size()) {
+                code.region = board_.function_index(code.function);
+                if (code.region == board_.functions.size()) {
                     fail_at(file_, mode_lines_[m],
                             "function '" + code.function + "' is not defined");
                 }
-                code.region = r;
             }
         }
     }

@@ -55,7 +55,7 @@ class target_reader {
             mode.name = words[1];
             board_.modes.push_back(mode);
             mode_keys_.clear();
-            mode_line_ = line_;
+            mode_lines_.push_back(line_);
         } else {
             fail("unknown section '" + std::string(text) +
                  "'; sections are [target], [mode <name>] and [code]");
@@ -207,10 +207,8 @@ class target_reader {
         if (!is_name(key)) {
             fail("a function name may hold letters, digits, '_', '-' and '.' only");
         }
-        for (const code_region& other : board_.functions) {
-            if (other.name == key) {
-                fail("function '" + key + "' is given twice");
-            }
+        if (board_.function_index(key) != board_.functions.size()) {
+            fail("function '" + key + "' is given twice");
         }
         const std::vector<std::string_view> words = split_words(value);
         const std::optional<uint64_t> start =
@@ -233,10 +231,9 @@ class target_reader {
         const operating_mode& mode = board_.modes.back();
         for (const char* key : {"current", "time"}) {
             if (mode_keys_.count(key) == 0) {
-                fail_at(file_, mode_line_, "mode '" + mode.name + "' has no " + key);
+                fail_at(file_, mode_lines_.back(), "mode '" + mode.name + "' has no " + key);
             }
         }
-        mode_code_lines_.push_back(mode_line_);
     }
 
     void finish() {
@@ -254,12 +251,8 @@ class target_reader {
         }
         for (size_t m = 0; m < board_.modes.size(); ++m) {
             for (const mode_code& code : board_.modes[m].code) {
-                bool found = false;
-                for (const code_region& region : board_.functions) {
-                    found = found || region.name == code.function;
-                }
-                if (!found) {
-                    fail_at(file_, mode_code_lines_[m],
+                if (board_.function_index(code.function) == board_.functions.size()) {
+                    fail_at(file_, mode_lines_[m],
                             "function '" + code.function + "' of mode '" + board_.modes[m].name +
                                 "' is not in [code]");
                 }
@@ -273,9 +266,8 @@ class target_reader {
     board_model board_;
     std::set<std::string> sections_;
     std::set<std::string> target_keys_;
-    std::set<std::string> mode_keys_;   // Of the mode being read.
-    int mode_line_ = 0;                 // Header line of the mode being read.
-    std::vector<int> mode_code_lines_;  // Header line of each mode.
+    std::set<std::string> mode_keys_;  // Of the mode being read.
+    std::vector<int> mode_lines_;      // Header line of each mode.
 };
 
 }  // namespace

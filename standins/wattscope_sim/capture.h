@@ -49,7 +49,6 @@ class capture {
     void stop() { stop_.request(); }
 
     const capture_totals& totals() const { return totals_; }
-    const capture_settings& settings() const { return settings_; }
 
   private:
     // A row start remembered to cut the file at without reading all of it.

@@ -4,30 +4,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstring>
+
+#include "common/atomic_file.h"
 
 namespace standin::sim {
 
 namespace {
 
 constexpr size_t default_capacity = 512 * 1024;
-
-bool write_all(int fd, const char* data, size_t count, size_t& done) {
-    done = 0;
-    while (done < count) {
-        const ssize_t n = ::write(fd, data + done, count - done);
-        if (n < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            return false;
-        }
-        done += static_cast<size_t>(n);
-    }
-    return true;
-}
 
 }  // namespace
 
@@ -78,7 +64,7 @@ bool capture_file::flush() {
         return true;
     }
     size_t done = 0;
-    const bool ok = write_all(fd_, buffer_.get(), pending_, done);
+    const bool ok = write_all(fd_, std::string_view(buffer_.get(), pending_), done);
     if (ok) {
         written_ += done;
         pending_ = 0;
@@ -118,10 +104,8 @@ bool capture_file::drop_range(uint64_t head, uint64_t cut) {
     if (!flush()) {
         return false;
     }
-    static std::atomic<unsigned> counter{0};
-    const std::string temp =
-        path_ + ".trim-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
-    const int out = ::open(temp.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    std::string temp;
+    const int out = create_temp_beside(path_, temp);
     if (out < 0) {
         return fail("cannot rewrite " + path_, errno);
     }
@@ -132,7 +116,7 @@ bool capture_file::drop_range(uint64_t head, uint64_t cut) {
                 static_cast<size_t>(to - from < sizeof chunk ? to - from : sizeof chunk);
             const size_t got = read_at(from, chunk, want);
             size_t done = 0;
-            if (got == 0 || !write_all(out, chunk, got, done)) {
+            if (got == 0 || !write_all(out, std::string_view(chunk, got), done)) {
                 return false;
             }
             from += got;

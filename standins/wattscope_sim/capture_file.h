@@ -27,7 +27,6 @@ class capture_file {
     void advance(const char* end) { pending_ = static_cast<size_t>(end - buffer_.get()); }
 
     uint64_t size() const { return written_ + pending_; }
-    size_t pending() const { return pending_; }
 
     // Writes the buffer. On failure the file is cut back to its last whole
     // row, and error() tells why.
@@ -45,7 +44,6 @@ class capture_file {
     size_t read_at(uint64_t offset, char* into, size_t count) const;
 
     const std::string& error() const { return error_; }
-    const std::string& path() const { return path_; }
 
   private:
     bool fail(const std::string& what, int error_number);

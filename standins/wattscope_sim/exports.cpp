@@ -9,10 +9,10 @@
 
 #include <unistd.h>
 
-#include <cerrno>
 #include <sstream>
 #include <string>
 
+#include "common/atomic_file.h"
 #include "usecases/usecase_abi.h"
 #include "wattscope_sim/capture.h"
 #include "wattscope_sim/production_test.h"
@@ -26,16 +26,7 @@ using standin::sim::production_test;
 
 void write_out(int fd, const std::string& text) {
     size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-        if (n < 0 && errno == EINTR) {
-            continue;
-        }
-        if (n <= 0) {
-            return;
-        }
-        done += static_cast<size_t>(n);
-    }
+    standin::write_all(fd, text, done);  // Nobody to tell when the console is gone.
 }
 
 void report(const char* use_case, const std::string& problem) {
@@ -75,33 +66,41 @@ int32_t stop_handle(void* handle) {
     return 0;
 }
 
-}  // namespace
-
-STANDIN_EXPORT int32_t wattscope_create(const wattscope_options* options, void** handle) {
+// Makes a use case behind a handle; `make` returns null with its reason.
+template <typename Options, typename Make>
+int32_t create_handle(const Options* options, void** handle, const char* name, Make make) {
     if (handle == nullptr) {
         return -1;
     }
     *handle = nullptr;
     if (options == nullptr) {
-        report("wattscope", "no options");
+        report(name, "no options");
         return -1;
     }
     try {
         std::string error;
-        std::optional<standin::sim::capture_settings> settings =
-            standin::sim::check_capture_options(*options, error);
-        std::unique_ptr<capture> made =
-            settings ? capture::create(std::move(*settings), error) : nullptr;
+        auto made = make(*options, error);
         if (!made) {
-            report("wattscope", error);
+            report(name, error);
             return -1;
         }
         *handle = made.release();
         return 0;
     } catch (const std::exception& e) {
-        report("wattscope", e.what());
+        report(name, e.what());
     }
     return -1;
+}
+
+}  // namespace
+
+STANDIN_EXPORT int32_t wattscope_create(const wattscope_options* options, void** handle) {
+    return create_handle(
+        options, handle, "wattscope", [](const wattscope_options& given, std::string& error) {
+            std::optional<standin::sim::capture_settings> settings =
+                standin::sim::check_capture_options(given, error);
+            return settings ? capture::create(std::move(*settings), error) : nullptr;
+        });
 }
 
 STANDIN_EXPORT int32_t wattscope_run(void* handle) {
@@ -118,27 +117,7 @@ STANDIN_EXPORT int32_t wattscope_destroy(void* handle) {
 }
 
 STANDIN_EXPORT int32_t prodtest_create(const prodtest_options* options, void** handle) {
-    if (handle == nullptr) {
-        return -1;
-    }
-    *handle = nullptr;
-    if (options == nullptr) {
-        report("prodtest", "no options");
-        return -1;
-    }
-    try {
-        std::string error;
-        std::unique_ptr<production_test> made = production_test::create(*options, error);
-        if (!made) {
-            report("prodtest", error);
-            return -1;
-        }
-        *handle = made.release();
-        return 0;
-    } catch (const std::exception& e) {
-        report("prodtest", e.what());
-    }
-    return -1;
+    return create_handle(options, handle, "prodtest", &production_test::create);
 }
 
 STANDIN_EXPORT int32_t prodtest_run(void* handle) {

@@ -43,7 +43,6 @@ class production_test {
     void stop() { stop_.request(); }
 
     const test_measurement& measurement() const { return measured_; }
-    const std::string& report() const { return report_; }
 
   private:
     production_test() = default;
