@@ -89,7 +89,7 @@ class board_reader {
             expect_words(words, 2, "target <name>");
             once(key);
             if (!is_name(words[1])) {
-                fail("the target name may hold letters, digits, '_', '-' and '.' only");
+                fail(name_problem("the target name"));
             }
             board_.target = words[1];
         } else if (key == "supply_uv") {
@@ -124,7 +124,7 @@ class board_reader {
         operating_mode mode;
         mode.name = words[1];
         if (!is_name(mode.name)) {
-            fail("the mode name may hold letters, digits, '_', '-' and '.' only");
+            fail(name_problem("the mode name"));
         }
         for (const operating_mode& other : board_.modes) {
             if (other.name == mode.name) {
@@ -159,7 +159,7 @@ class board_reader {
         code_region region;
         region.name = words[1];
         if (!is_name(region.name)) {
-            fail("the function name may hold letters, digits, '_', '-' and '.' only");
+            fail(name_problem("the function name"));
         }
         if (board_.function_index(region.name) != board_.functions.size()) {
             fail("function '" + region.name + "' is given twice");

@@ -149,6 +149,10 @@ bool is_name(std::string_view text) {
     return true;
 }
 
+std::string name_problem(std::string_view what) {
+    return std::string(what) + " may hold letters, digits, '_', '-' and '.' only";
+}
+
 std::string_view base_name(std::string_view path) {
     const size_t slash = path.find_last_of('/');
     return slash == std::string_view::npos ? path : path.substr(slash + 1);

@@ -46,6 +46,8 @@ std::optional<uint64_t> parse_address(std::string_view text);
 
 // A name is one word of letters, digits, '_', '-' and '.'.
 bool is_name(std::string_view text);
+// "<what> may hold letters, ...": the complaint about a word that is no name.
+std::string name_problem(std::string_view what);
 
 // The last element of a path.
 std::string_view base_name(std::string_view path);

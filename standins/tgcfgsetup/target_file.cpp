@@ -48,7 +48,7 @@ class target_reader {
             enter(section::code, "code");
         } else if (words.size() == 2 && words[0] == "mode") {
             if (!is_name(words[1])) {
-                fail("a mode name may hold letters, digits, '_', '-' and '.' only");
+                fail(name_problem("a mode name"));
             }
             enter(section::mode, "mode " + std::string(words[1]));
             operating_mode mode;
@@ -126,7 +126,7 @@ class target_reader {
         once(target_keys_, key);
         if (key == "name") {
             if (!is_name(value)) {
-                fail("the target name may hold letters, digits, '_', '-' and '.' only");
+                fail(name_problem("the target name"));
             }
             board_.target = value;
         } else if (key == "supply") {
@@ -205,7 +205,7 @@ class target_reader {
 
     void code_setting(const std::string& key, std::string_view value) {
         if (!is_name(key)) {
-            fail("a function name may hold letters, digits, '_', '-' and '.' only");
+            fail(name_problem("a function name"));
         }
         if (board_.function_index(key) != board_.functions.size()) {
             fail("function '" + key + "' is given twice");
