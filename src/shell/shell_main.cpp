@@ -59,7 +59,7 @@ int run_option_mode(int argc, char** argv) {
         run_line("help");
     }
     if (version_requested) {
-        std::cout << "zelno 1.0.0.1" << std::endl;
+        std::cout << "zelno " ZELNO_VERSION << std::endl;
     }
     return 0;
 }
