@@ -88,9 +88,8 @@ INSTANTIATE_TEST_SUITE_P(
                        "2: supply needs a unit: V, mV or uV, not '3.3'"},
         malformed_case{"unit_wrong", "[target]\nsupply = 3.3 mA\n",
                        "2: supply needs a unit: V, mV or uV, not '3.3 mA'"},
-        malformed_case{
-            "too_fine", "[target]\nsupply = 3.3000001 V\n",
-            "2: supply: '3.3000001 V' is no number, or finer than the simulator resolves"},
+        malformed_case{"too_fine", "[target]\nsupply = 3.3000001 V\n",
+                       "2: supply: '3.3000001 V' is finer than the simulator resolves"},
         malformed_case{"unknown_key", "[target]\ncolour = red\n",
                        "2: unknown key 'colour' in [target]; keys are name, supply, "
                        "source_resistance, noise, noise_floor and trigger_delay"},
