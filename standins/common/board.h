@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace standin {
@@ -45,8 +44,6 @@ struct board_model {
     std::vector<code_region> functions;
 
     int64_t cycle_us() const;
-    // Index of the function of that name; functions.size() when there is none.
-    size_t function_index(std::string_view name) const;
 };
 
 // Limits that keep every product of the simulator in 64 bits.

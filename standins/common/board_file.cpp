@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <set>
+#include <unordered_map>
 
 #include "common/text_input.h"
 
@@ -13,14 +14,6 @@ int64_t board_model::cycle_us() const {
         total += mode.time_us;
     }
     return total;
-}
-
-size_t board_model::function_index(std::string_view name) const {
-    size_t r = 0;
-    while (r < functions.size() && functions[r].name != name) {
-        ++r;
-    }
-    return r;
 }
 
 namespace {
@@ -133,7 +126,7 @@ class board_reader {
         }
         mode.current_na = whole_number(words[2], "the mode's current", 0, max_current_na);
         mode.time_us = whole_number(words[3], "the mode's time", 1, max_mode_time_us);
-        uint32_t total = 0;
+        uint64_t total = 0;  // Wide enough that no count of shares wraps it to 10000.
         for (size_t i = 4; i < words.size(); ++i) {
             const size_t colon = words[i].find(':');
             mode_code code;
@@ -161,7 +154,7 @@ class board_reader {
         if (!is_name(region.name)) {
             fail(name_problem("the function name"));
         }
-        if (board_.function_index(region.name) != board_.functions.size()) {
+        if (!function_at_.emplace(region.name, board_.functions.size()).second) {
             fail("function '" + region.name + "' is given twice");
         }
         const std::optional<uint64_t> start = parse_address(words[2]);
@@ -185,11 +178,12 @@ class board_reader {
         }
         for (size_t m = 0; m < board_.modes.size(); ++m) {
             for (mode_code& code : board_.modes[m].code) {
-                code.region = board_.function_index(code.function);
-                if (code.region == board_.functions.size()) {
+                const auto found = function_at_.find(code.function);
+                if (found == function_at_.end()) {
                     fail_at(file_, mode_lines_[m],
                             "function '" + code.function + "' is not defined");
                 }
+                code.region = found->second;
             }
         }
     }
@@ -199,6 +193,8 @@ class board_reader {
     board_model board_;
     std::set<std::string> seen_;
     std::vector<int> mode_lines_;  // Line of each mode, for a late complaint.
+    // Index of each function by name: a file may hold many thousands.
+    std::unordered_map<std::string, size_t> function_at_;
 };
 
 std::string hex_address(uint64_t value) {

@@ -1,10 +1,13 @@
 #include "common/text_input.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <limits>
-#include <sstream>
 
 namespace standin {
 
@@ -18,16 +21,45 @@ void fail_at(std::string_view file, int line, std::string_view problem) {
 }
 
 std::string read_whole_file(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        throw input_error("cannot read " + path + ": " + std::strerror(errno));
+    const auto failure = [&path](std::string_view reason) {
+        return input_error("cannot read " + path + ": " + std::string(reason));
+    };
+    // O_NONBLOCK: opening a FIFO would otherwise wait for a writer, where no
+    // stop reaches it. Anything but a regular file is refused before reading.
+    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        throw failure(std::strerror(errno));
     }
-    std::ostringstream content;
-    content << in.rdbuf();
-    if (in.bad()) {
-        throw input_error("cannot read " + path + ": read error");
+    struct closer {
+        int fd;
+        ~closer() { ::close(fd); }
+    } const guard{fd};
+    struct stat info {};
+    if (::fstat(fd, &info) != 0) {
+        throw failure(std::strerror(errno));
     }
-    return content.str();
+    if (S_ISDIR(info.st_mode)) {
+        throw failure(std::strerror(EISDIR));
+    }
+    if (!S_ISREG(info.st_mode)) {
+        throw failure("Not a regular file");
+    }
+    std::string content;
+    content.reserve(static_cast<size_t>(info.st_size));
+    char buffer[1 << 16];
+    while (true) {
+        const ssize_t n = ::read(fd, buffer, sizeof buffer);
+        if (n < 0 && errno == EINTR) {
+            continue;
+        }
+        if (n < 0) {
+            throw failure(std::strerror(errno));
+        }
+        if (n == 0) {
+            return content;
+        }
+        content.append(buffer, static_cast<size_t>(n));
+    }
 }
 
 std::string_view trim(std::string_view text) {
@@ -73,40 +105,72 @@ std::vector<std::string_view> split_words(std::string_view text) {
     }
 }
 
-std::optional<int64_t> parse_fixed(std::string_view text, int decimals) {
+fixed_number read_fixed(std::string_view text, int decimals) {
+    fixed_number result;
     bool negative = false;
     if (!text.empty() && (text[0] == '-' || text[0] == '+')) {
         negative = text[0] == '-';
         text.remove_prefix(1);
     }
+    const size_t e = text.find_first_of("eE");
+    int64_t shift = decimals;
+    if (e != std::string_view::npos) {
+        const std::string_view exponent = text.substr(e + 1);
+        const fixed_number power = exponent.find_first_of("eE.") == std::string_view::npos
+                                       ? read_fixed(exponent, 0)
+                                       : fixed_number{0, number_problem::not_a_number};
+        if (power.problem == number_problem::not_a_number) {
+            return power;
+        }
+        // Clamped: a larger power can only overflow, or only be too fine.
+        const bool down = !exponent.empty() && exponent[0] == '-';
+        shift += power.problem == number_problem::too_large
+                     ? (down ? -1000 : 1000)
+                     : std::clamp<int64_t>(power.value, -1000, 1000);
+        text = text.substr(0, e);
+    }
     const size_t point = text.find('.');
     const std::string_view whole = text.substr(0, point);
-    const std::string_view fraction =
+    std::string_view fraction =
         point == std::string_view::npos ? std::string_view{} : text.substr(point + 1);
-    if (whole.empty() && fraction.empty()) {
-        return std::nullopt;
+    std::string digits(whole);
+    digits += fraction;
+    shift -= static_cast<int64_t>(fraction.size());
+    if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos) {
+        return {0, number_problem::not_a_number};
     }
+    // Zeros below the unit cost nothing; any other digit there is finer than it.
+    while (shift < 0 && !digits.empty() && digits.back() == '0') {
+        digits.pop_back();
+        ++shift;
+    }
+    if (shift < 0 && digits.find_first_not_of('0') != std::string::npos) {
+        return {0, number_problem::too_fine};
+    }
+    constexpr int64_t max = std::numeric_limits<int64_t>::max();
     int64_t value = 0;
-    auto push_digit = [&value](char c) {
+    for (char c : digits) {
         const int digit = c - '0';
-        if (digit < 0 || digit > 9 || value > (std::numeric_limits<int64_t>::max() - digit) / 10) {
-            return false;
+        if (value > (max - digit) / 10) {
+            return {0, number_problem::too_large};
         }
         value = value * 10 + digit;
-        return true;
-    };
-    for (char c : whole) {
-        if (!push_digit(c)) {
-            return std::nullopt;
-        }
     }
-    for (int i = 0; i < static_cast<int>(fraction.size()) || i < decimals; ++i) {
-        const char c = i < static_cast<int>(fraction.size()) ? fraction[i] : '0';
-        if (i < decimals ? !push_digit(c) : c != '0') {
-            return std::nullopt;  // No digit, too large, or finer than the unit holds.
+    for (; shift > 0 && value != 0; --shift) {
+        if (value > max / 10) {
+            return {0, number_problem::too_large};
         }
+        value *= 10;
     }
-    return negative ? -value : value;
+    result.value = negative ? -value : value;
+    return result;
+}
+
+std::optional<int64_t> parse_fixed(std::string_view text, int decimals) {
+    if (text.find_first_of("eE") != std::string_view::npos) {
+        return std::nullopt;
+    }
+    return read_fixed(text, decimals).value_if_ok();
 }
 
 std::optional<uint64_t> parse_address(std::string_view text) {

@@ -21,7 +21,8 @@ class input_error : public std::runtime_error {
 
 [[noreturn]] void fail_at(std::string_view file, int line, std::string_view problem);
 
-// The whole file. Throws input_error naming the file and the system's reason.
+// The whole file. Throws input_error naming the file and the system's reason,
+// also for a directory, a FIFO or a device, which are never opened to wait.
 std::string read_whole_file(const std::string& path);
 
 struct text_line {
@@ -36,9 +37,24 @@ std::vector<text_line> meaningful_lines(std::string_view content);
 std::string_view trim(std::string_view text);
 std::vector<std::string_view> split_words(std::string_view text);
 
-// "4.5" with 6 decimals gives 4500000. Exact: no floating point, so a value
-// converts the same way everywhere. Empty when the text is no plain decimal
-// number, has more significant decimals than asked for, or does not fit.
+enum class number_problem { none, not_a_number, too_fine, too_large };
+
+struct fixed_number {
+    int64_t value = 0;
+    number_problem problem = number_problem::none;
+
+    std::optional<int64_t> value_if_ok() const {
+        return problem == number_problem::none ? std::optional<int64_t>(value) : std::nullopt;
+    }
+};
+
+// "4.5" with 6 decimals gives 4500000, and so does "45e-1". Exact: no floating
+// point, so a value converts the same way everywhere. `decimals` may be
+// negative. Says why when the text is no decimal number, holds a digit finer
+// than 10^-decimals, or does not fit in 64 bits.
+fixed_number read_fixed(std::string_view text, int decimals);
+
+// read_fixed without an exponent: a plain decimal number, or empty.
 std::optional<int64_t> parse_fixed(std::string_view text, int decimals);
 
 // "0x0800F000" (hexadecimal) or "4096" (decimal).

@@ -50,21 +50,41 @@ std::string unit_choices(dimension kind) {
 
 quantity_text split_quantity(std::string_view text) {
     text = trim(text);
+    const auto digit = [&text](size_t at) {
+        return at < text.size() && text[at] >= '0' && text[at] <= '9';
+    };
     size_t end = 0;
-    while (end < text.size() && ((text[end] >= '0' && text[end] <= '9') || text[end] == '.' ||
-                                 (end == 0 && (text[end] == '-' || text[end] == '+')))) {
+    if (end < text.size() && (text[end] == '-' || text[end] == '+')) {
         ++end;
+    }
+    while (digit(end) || (end < text.size() && text[end] == '.')) {
+        ++end;
+    }
+    // An exponent belongs to the number: "1e-3 V". No unit begins with 'e'.
+    if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
+        size_t after = end + 1;
+        if (after < text.size() && (text[after] == '-' || text[after] == '+')) {
+            ++after;
+        }
+        if (digit(after)) {
+            for (end = after; digit(end); ++end) {
+            }
+        }
     }
     return {text.substr(0, end), trim(text.substr(end))};
 }
 
-std::optional<int64_t> parse_quantity(std::string_view text, dimension kind, int base_exponent) {
+fixed_number read_quantity(std::string_view text, dimension kind, int base_exponent) {
     const quantity_text parts = split_quantity(text);
     const unit* u = find_unit(parts.unit);
-    if (u == nullptr || u->kind != kind || u->exponent < base_exponent) {
-        return std::nullopt;
+    if (u == nullptr || u->kind != kind) {
+        return {0, number_problem::not_a_number};
     }
-    return parse_fixed(parts.number, u->exponent - base_exponent);
+    return read_fixed(parts.number, u->exponent - base_exponent);
+}
+
+std::optional<int64_t> parse_quantity(std::string_view text, dimension kind, int base_exponent) {
+    return read_quantity(text, kind, base_exponent).value_if_ok();
 }
 
 }  // namespace standin

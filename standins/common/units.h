@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "common/text_input.h"
+
 namespace standin {
 
 enum class dimension { voltage, current, time, resistance, energy, power, ratio };
@@ -30,8 +32,11 @@ struct quantity_text {
 quantity_text split_quantity(std::string_view text);
 
 // The quantity as a whole number of 10^base_exponent units, exactly:
-// "4.5 mA" with base -9 gives 4500000. Empty for a number or unit that doesn't
-// fit `kind`, and for a value finer than the base unit.
+// "4.5 mA" with base -9 gives 4500000. A unit that doesn't fit `kind` is
+// not_a_number; the caller tells it apart with find_unit when it matters.
+fixed_number read_quantity(std::string_view text, dimension kind, int base_exponent);
+
+// read_quantity's value, or empty for any problem.
 std::optional<int64_t> parse_quantity(std::string_view text, dimension kind, int base_exponent);
 
 }  // namespace standin

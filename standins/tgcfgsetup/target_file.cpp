@@ -2,6 +2,7 @@
 
 #include <set>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "common/text_input.h"
@@ -99,21 +100,24 @@ class target_reader {
 
     int64_t quantity(std::string_view key, std::string_view value, dimension kind,
                      int base_exponent, int64_t low, int64_t high) const {
-        const std::optional<int64_t> parsed = parse_quantity(value, kind, base_exponent);
-        if (!parsed) {
-            const quantity_text parts = split_quantity(value);
-            const unit* u = find_unit(parts.unit);
-            if (u == nullptr || u->kind != kind) {
-                fail(std::string(key) + " needs a unit: " + unit_choices(kind) + ", not '" +
-                     std::string(value) + "'");
-            }
-            fail(std::string(key) + ": '" + std::string(value) +
-                 "' is no number, or finer than the simulator resolves");
+        const unit* u = find_unit(split_quantity(value).unit);
+        if (u == nullptr || u->kind != kind) {
+            fail(std::string(key) + " needs a unit: " + unit_choices(kind) + ", not '" +
+                 std::string(value) + "'");
         }
-        if (*parsed < low || *parsed > high) {
+        const fixed_number parsed = read_quantity(value, kind, base_exponent);
+        if (parsed.problem == number_problem::not_a_number) {
+            fail(std::string(key) + ": '" + std::string(value) + "' is no number");
+        }
+        if (parsed.problem == number_problem::too_fine) {
+            fail(std::string(key) + ": '" + std::string(value) +
+                 "' is finer than the simulator resolves");
+        }
+        if (parsed.problem == number_problem::too_large || parsed.value < low ||
+            parsed.value > high) {
             fail(std::string(key) + " " + std::string(value) + " is out of range");
         }
-        return *parsed;
+        return parsed.value;
     }
 
     void once(std::set<std::string>& keys, const std::string& key) const {
@@ -164,8 +168,9 @@ class target_reader {
 
     // "adc_read 75 %, filter_samples 25 %", or one function alone.
     void read_code_list(operating_mode& mode, std::string_view value) {
-        uint32_t total = 0;
+        uint64_t total = 0;  // Wide enough that no count of shares wraps it to 10000.
         bool all_shared = true;
+        std::unordered_set<std::string> listed;
         while (!value.empty()) {
             const size_t comma = value.find(',');
             const std::string_view item = trim(value.substr(0, comma));
@@ -185,10 +190,8 @@ class target_reader {
                                                             -4, 1, 10000));
                 total += code.share;
             }
-            for (const mode_code& other : mode.code) {
-                if (other.function == code.function) {
-                    fail("function '" + code.function + "' is listed twice");
-                }
+            if (!listed.insert(code.function).second) {
+                fail("function '" + code.function + "' is listed twice");
             }
             mode.code.push_back(code);
         }
@@ -207,7 +210,7 @@ class target_reader {
         if (!is_name(key)) {
             fail(name_problem("a function name"));
         }
-        if (board_.function_index(key) != board_.functions.size()) {
+        if (!defined_.insert(key).second) {
             fail("function '" + key + "' is given twice");
         }
         const std::vector<std::string_view> words = split_words(value);
@@ -251,7 +254,7 @@ class target_reader {
         }
         for (size_t m = 0; m < board_.modes.size(); ++m) {
             for (const mode_code& code : board_.modes[m].code) {
-                if (board_.function_index(code.function) == board_.functions.size()) {
+                if (defined_.count(code.function) == 0) {
                     fail_at(file_, mode_lines_[m],
                             "function '" + code.function + "' of mode '" + board_.modes[m].name +
                                 "' is not in [code]");
@@ -266,8 +269,9 @@ class target_reader {
     board_model board_;
     std::set<std::string> sections_;
     std::set<std::string> target_keys_;
-    std::set<std::string> mode_keys_;  // Of the mode being read.
-    std::vector<int> mode_lines_;      // Header line of each mode.
+    std::set<std::string> mode_keys_;          // Of the mode being read.
+    std::vector<int> mode_lines_;              // Header line of each mode.
+    std::unordered_set<std::string> defined_;  // Functions of [code]; there may be many thousands.
 };
 
 }  // namespace

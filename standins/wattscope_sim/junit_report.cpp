@@ -1,15 +1,51 @@
 #include "wattscope_sim/junit_report.h"
 
+#include <cstdint>
 #include <cstdio>
+#include <string_view>
 
 namespace standin::sim {
 
 namespace {
 
-std::string escaped(const std::string& text) {
+// Length of the UTF-8 sequence at `at` that XML 1.0 admits as one character,
+// or 0: a malformed or overlong sequence, a surrogate, U+FFFE, U+FFFF, or a
+// control character other than tab, line feed and carriage return.
+size_t xml_char_length(std::string_view text, size_t at) {
+    const auto byte = [&](size_t i) { return static_cast<unsigned char>(text[at + i]); };
+    const unsigned char lead = byte(0);
+    if (lead < 0x80) {
+        return lead >= 0x20 || lead == '\t' || lead == '\n' || lead == '\r' ? 1 : 0;
+    }
+    const size_t length = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : lead >= 0xc0 ? 2 : 0;
+    if (length == 0 || lead > 0xf4 || at + length > text.size()) {
+        return 0;
+    }
+    uint32_t code = lead & (0x7f >> length);
+    for (size_t i = 1; i < length; ++i) {
+        if ((byte(i) & 0xc0) != 0x80) {
+            return 0;
+        }
+        code = code << 6 | (byte(i) & 0x3f);
+    }
+    const uint32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
+    const bool allowed = code >= least[length] && code <= 0x10ffff &&
+                         !(code >= 0xd800 && code <= 0xdfff) && code != 0xfffe && code != 0xffff;
+    return allowed ? length : 0;
+}
+
+// Fit for an attribute value in double quotes. What XML can't hold (names
+// may be any bytes) becomes U+FFFD, so the report stays well-formed.
+std::string escaped(std::string_view text) {
     std::string out;
-    for (char c : text) {
-        switch (c) {
+    for (size_t at = 0; at < text.size();) {
+        const size_t length = xml_char_length(text, at);
+        if (length == 0) {
+            out += "\xef\xbf\xbd";
+            ++at;
+            continue;
+        }
+        switch (text[at]) {
             case '&':
                 out += "&amp;";
                 break;
@@ -22,9 +58,19 @@ std::string escaped(const std::string& text) {
             case '"':
                 out += "&quot;";
                 break;
+            case '\t':  // An attribute would turn these into blanks.
+                out += "&#9;";
+                break;
+            case '\n':
+                out += "&#10;";
+                break;
+            case '\r':
+                out += "&#13;";
+                break;
             default:
-                out += c;
+                out.append(text, at, length);
         }
+        at += length;
     }
     return out;
 }

@@ -45,6 +45,17 @@ double test_measurement::value_of(test_parameter parameter) const {
     return cycle_energy;
 }
 
+uint64_t test_measurement::samples_of(test_parameter parameter) const {
+    switch (parameter) {
+        case test_parameter::sleep_current:
+            return sleep_samples;
+        case test_parameter::active_current:
+            return samples - sleep_samples;
+        default:
+            return samples;
+    }
+}
+
 std::unique_ptr<production_test> production_test::create(const prodtest_options& options,
                                                          std::string& error) {
     std::unique_ptr<production_test> made(new production_test());
@@ -113,6 +124,8 @@ bool production_test::measure() {
     }
     const double n = done == 0 ? 1.0 : static_cast<double>(done);
     const uint64_t active_count = done - sleep_count;
+    measured_.samples = done;
+    measured_.sleep_samples = sleep_count;
     measured_.seconds = static_cast<double>(done) / rate;
     measured_.supply_voltage = voltage_sum / n * 1e-6;
     measured_.mean_current = current_sum / n * 1e-9;
@@ -132,10 +145,20 @@ int production_test::run(std::ostream& out, std::ostream& errors) {
     facts.board = base_name(config_);
     facts.seconds = measured_.seconds;
     size_t failed = 0;
+    size_t unmeasured = 0;
     for (const test_limit& limit : description_.limits) {
         report_case result{limit.name, {}, {}};
         if (!complete) {
             result.error = "stopped before the measurement ended";
+            facts.cases.push_back(result);
+            continue;
+        }
+        // A mean of no samples reads 0 and could pass; it is no measurement.
+        if (measured_.samples_of(limit.parameter) == 0) {
+            ++unmeasured;
+            result.error =
+                "no sample of " + limit.name + " in the " + description_.measure_text + " measured";
+            out << "prodtest: " << result.error << ": ERROR\n";
             facts.cases.push_back(result);
             continue;
         }
@@ -160,6 +183,12 @@ int production_test::run(std::ostream& out, std::ostream& errors) {
     std::snprintf(measured, sizeof measured, "%.3f", measured_.seconds);
     if (!complete) {
         out << "prodtest: stopped after " << measured << " s of the test; no verdict";
+    } else if (unmeasured > 0) {
+        out << "prodtest: ERROR, " << unmeasured << " of " << count
+            << " parameters without a sample";
+        if (failed > 0) {
+            out << ", " << failed << " out of limits";
+        }
     } else if (failed == 0) {
         out << "prodtest: PASS, " << count << " of " << count << " parameters within limits";
     } else {
@@ -173,7 +202,7 @@ int production_test::run(std::ostream& out, std::ostream& errors) {
     if (!complete) {
         return -1;
     }
-    return failed == 0 ? 0 : 1;
+    return failed == 0 && unmeasured == 0 ? 0 : 1;
 }
 
 }  // namespace standin::sim

@@ -25,8 +25,12 @@ struct test_measurement {
     double peak_current = 0;
     double mean_power = 0;
     double cycle_energy = 0;
+    uint64_t samples = 0;
+    uint64_t sleep_samples = 0;  // The rest are active.
 
     double value_of(test_parameter parameter) const;
+    // The samples a parameter is made of; a parameter of none has no value.
+    uint64_t samples_of(test_parameter parameter) const;
 };
 
 class production_test {
@@ -36,7 +40,7 @@ class production_test {
                                                    std::string& error);
 
     // On the use case's thread; 0 when all parameters pass, 1 when any
-    // fails, -1 when stopped or the report can't be written.
+    // fails or has no sample, -1 when stopped or the report can't be written.
     int run(std::ostream& out, std::ostream& errors);
 
     // From any thread, at any time, any number of times.

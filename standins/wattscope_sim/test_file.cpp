@@ -70,6 +70,7 @@ test_description parse_test_description(std::string_view content, std::string_vi
                 fail("expected 'measure <time>' from 1 us to 1 hour, such as 'measure 2 s'");
             }
             description.measure_s = static_cast<double>(*us) * 1e-6;
+            description.measure_text = trim(line.text.substr(key.size()));
             continue;
         }
         if (key == "rate") {

@@ -35,6 +35,7 @@ struct test_limit {
 
 struct test_description {
     double measure_s = 1.0;
+    std::string measure_text = "1 s";  // As written, for messages.
     int32_t rate = 10'000;
     std::vector<test_limit> limits;
 };

@@ -25,12 +25,10 @@ class scratch_dir {
     scratch_dir& operator=(const scratch_dir&) = delete;
 
     std::string file(const std::string& name) const { return path_ + "/" + name; }
-
     std::string write(const std::string& name, const std::string& content) const {
         std::ofstream(file(name), std::ios::binary) << content;
         return file(name);
     }
-
     std::vector<std::string> names() const {
         std::vector<std::string> found;
         for (const auto& entry : std::filesystem::directory_iterator(path_)) {
@@ -44,9 +42,8 @@ class scratch_dir {
 };
 
 inline std::string read_file(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
     std::ostringstream content;
-    content << in.rdbuf();
+    content << std::ifstream(path, std::ios::binary).rdbuf();
     return content.str();
 }
 
@@ -59,17 +56,10 @@ inline std::vector<std::string> lines_of(const std::string& text) {
     return lines;
 }
 
-// A board without noise or source resistance, whose values a test can work
-// out by hand: a 10 ms cycle of 1 mA for 2 ms and 100 uA for 8 ms, at 2 V.
+// Values to work out by hand: a 10 ms cycle of 1 mA for 2 ms and 100 uA for 8 ms, at 2 V.
 inline constexpr const char* plain_board =
-    "board 1\n"
-    "target plain\n"
-    "supply_uv 2000000\n"
-    "trigger_delay_us 30000\n"
-    "mode busy 1000000 2000 work:10000\n"
-    "mode idle 100000 8000 wait:6000 poll:4000\n"
-    "function work 0x1000 0x1100\n"
-    "function wait 0x2000 0x2010\n"
-    "function poll 0x3000 0x3080\n";
+    "board 1\ntarget plain\nsupply_uv 2000000\ntrigger_delay_us 30000\n"
+    "mode busy 1000000 2000 work:10000\nmode idle 100000 8000 wait:6000 poll:4000\n"
+    "function work 0x1000 0x1100\nfunction wait 0x2000 0x2010\nfunction poll 0x3000 0x3080\n";
 
 }  // namespace standin_test
