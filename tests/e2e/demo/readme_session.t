@@ -1,8 +1,6 @@
-# The session of the README, on the demo folder, with the probe simulator
-# that the build puts beside zelno. A timed capture waits for zelno's stop,
-# so zelno's "Stopping" line always comes before the summary.
+# The README's session with the build's probe simulator. A timed capture waits
+# for zelno's stop, so zelno's "Stopping" line always comes before the summary.
 % copy @SOURCE@/demo/board.dat
-% copy @SOURCE@/demo/target.tgcfg
 % copy @SOURCE@/demo/limits.txt
 % unset LD_LIBRARY_PATH
 < connect --config board.dat hosted
