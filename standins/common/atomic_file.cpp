@@ -19,21 +19,29 @@ std::string folder_of(const std::string& path) {
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// A free name beside `path`, created exclusively.
-int create_named(const std::string& path, std::string& name) {
+// Makes a new name beside `path` with `make`, which fails with EEXIST when
+// the name is taken; -1 when no name could be made.
+template <typename Make>
+int with_free_name(const std::string& path, std::string& name, Make make) {
     static std::atomic<unsigned> counter{0};
-    int fd = -1;
-    for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
+    int result = -1;
+    for (int attempt = 0; attempt < 100 && result < 0; ++attempt) {
         name = path + ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
-        fd = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (fd < 0 && errno != EEXIST) {
+        result = make(name);
+        if (result < 0 && errno != EEXIST) {
             break;
         }
     }
-    if (fd < 0) {
+    if (result < 0) {
         name.clear();
     }
-    return fd;
+    return result;
+}
+
+int create_named(const std::string& path, std::string& name) {
+    return with_free_name(path, name, [](const std::string& n) {
+        return ::open(n.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    });
 }
 
 }  // namespace
@@ -53,15 +61,11 @@ temp_file create_temp_beside(const std::string& path) {
 bool publish_temp(temp_file& temp, const std::string& path) {
     if (temp.name.empty()) {
         // A name only for the moment of the rename: a link can't replace a file.
-        std::string name;
-        const int placeholder = create_named(path, name);
-        if (placeholder < 0) {
-            return false;
-        }
-        ::close(placeholder);
-        ::unlink(name.c_str());
         const std::string self = "/proc/self/fd/" + std::to_string(temp.fd);
-        if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+        std::string name;
+        if (with_free_name(path, name, [&](const std::string& n) {
+                return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, n.c_str(), AT_SYMLINK_FOLLOW);
+            }) < 0) {
             return false;
         }
         temp.name = name;
