@@ -3,22 +3,27 @@
 // for trying a board or test file quickly.
 //
 //   simdrive wattscope [-s RATE] [-D MS] [-f csv|gnuplot] [-r lo|hi]
-//                      [--maxoutsize KIB] [--saveall] [-t] -c BOARD -o FILE ws|ws+
+//                      [--maxoutsize MIB] [--saveall] [-t] -c BOARD -o FILE ws|ws+
 //   simdrive prodtest -c BOARD -i LIMITS
 //   simdrive convert TARGET.tgcfg BOARD.dat
 //
-// It prints the process's CPU time in ns on standard error as
-// "simdrive: cpu_ns=<n> wall_ns=<n>" after the run.
+// Like zelno, it stops a capture with a duration itself once that much time
+// has passed; the library waits for that stop. It prints the process's CPU
+// time in ns on standard error as "simdrive: cpu_ns=<n> wall_ns=<n>" after
+// the run.
 
 #include <dlfcn.h>
 #include <sys/resource.h>
 
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "usecases/usecase_abi.h"
 
@@ -52,15 +57,44 @@ void* open_library(const char* name) {
 [[noreturn]] void usage() {
     std::fprintf(stderr,
                  "usage: simdrive wattscope [-s RATE] [-D MS] [-f FORMAT] [-r RANGE] "
-                 "[--maxoutsize KIB] [--saveall] [-t] -c BOARD -o FILE ws|ws+\n"
+                 "[--maxoutsize MIB] [--saveall] [-t] -c BOARD -o FILE ws|ws+\n"
                  "       simdrive prodtest -c BOARD -i LIMITS\n"
                  "       simdrive convert TARGET BOARD\n");
     std::exit(2);
 }
 
-template <typename Options, typename Create, typename Run, typename Destroy>
-int drive(void* library, const Options& options, const char* create, const char* run,
-          const char* destroy) {
+// Runs the use case on a thread of its own, as zelno does, and stops it
+// after `duration_ms` when that is above 0.
+template <typename Run, typename Stop>
+int run_timed(Run run, Stop stop, void* handle, int32_t duration_ms) {
+    std::mutex mutex;
+    std::condition_variable ended;
+    bool done = false;
+    int result = 0;
+    std::thread runner([&] {
+        const int r = run(handle);
+        std::lock_guard<std::mutex> lock(mutex);
+        result = r;
+        done = true;
+        ended.notify_all();
+    });
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        if (duration_ms <= 0 ||
+            !ended.wait_for(lock, std::chrono::milliseconds(duration_ms), [&] { return done; })) {
+            lock.unlock();
+            if (duration_ms > 0) {
+                stop(handle);
+            }
+        }
+    }
+    runner.join();
+    return result;
+}
+
+template <typename Options, typename Create, typename Run, typename Stop, typename Destroy>
+int drive(void* library, const Options& options, int32_t duration_ms, const char* create,
+          const char* run, const char* stop, const char* destroy) {
     const auto start_wall = std::chrono::steady_clock::now();
     const int64_t start_cpu = cpu_ns();
     void* handle = nullptr;
@@ -68,7 +102,9 @@ int drive(void* library, const Options& options, const char* create, const char*
     if (handle == nullptr) {
         return 1;
     }
-    const int result = reinterpret_cast<Run>(symbol(library, run))(handle);
+    const int result =
+        run_timed(reinterpret_cast<Run>(symbol(library, run)),
+                  reinterpret_cast<Stop>(symbol(library, stop)), handle, duration_ms);
     reinterpret_cast<Destroy>(symbol(library, destroy))(handle);
     const auto wall = std::chrono::steady_clock::now() - start_wall;
     std::fprintf(
@@ -142,13 +178,14 @@ int main(int argc, char** argv) {
     }
     void* library = open_library("libwattscopestandalone.so");
     if (command == "wattscope") {
-        return drive<wattscope_options, wattscope_create_fn, wattscope_run_fn,
-                     wattscope_destroy_fn>(library, watt, "wattscope_create", "wattscope_run",
-                                           "wattscope_destroy");
+        return drive<wattscope_options, wattscope_create_fn, wattscope_run_fn, wattscope_stop_fn,
+                     wattscope_destroy_fn>(library, watt, watt.duration, "wattscope_create",
+                                           "wattscope_run", "wattscope_stop", "wattscope_destroy");
     }
     if (command == "prodtest") {
-        return drive<prodtest_options, prodtest_create_fn, prodtest_run_fn, prodtest_destroy_fn>(
-            library, prod, "prodtest_create", "prodtest_run", "prodtest_destroy");
+        return drive<prodtest_options, prodtest_create_fn, prodtest_run_fn, prodtest_stop_fn,
+                     prodtest_destroy_fn>(library, prod, 0, "prodtest_create", "prodtest_run",
+                                          "prodtest_stop", "prodtest_destroy");
     }
     usage();
 }

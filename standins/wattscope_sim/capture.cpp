@@ -1,7 +1,9 @@
 #include "wattscope_sim/capture.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
+#include <thread>
 
 #include "common/text_input.h"
 #include "wattscope_sim/pacing.h"
@@ -13,7 +15,34 @@ namespace {
 constexpr uint64_t chunk_samples = 4096;
 constexpr auto tick = std::chrono::milliseconds(50);
 constexpr auto flush_period = std::chrono::milliseconds(250);
-constexpr auto stop_grace = std::chrono::milliseconds(20);
+// zelno's clock starts a moment apart from ours, more under load.
+constexpr auto stop_grace = std::chrono::milliseconds(250);
+
+// A decimal of up to nine places in billionths: "-0.000012345" is -12345.
+int64_t billionths(std::string_view text) {
+    const bool negative = !text.empty() && text[0] == '-';
+    int64_t whole = 0;
+    int64_t fraction = 0;
+    int places = -1;
+    for (const char c : text.substr(negative ? 1 : 0)) {
+        if (c == '.') {
+            places = 0;
+        } else if (c < '0' || c > '9') {
+            break;
+        } else if (places < 0) {
+            whole = whole * 10 + (c - '0');
+        } else if (places < 9) {
+            fraction = fraction * 10 + (c - '0');
+            ++places;
+        }
+    }
+    for (places = std::max(places, 0); places < 9; ++places) {
+        fraction *= 10;
+    }
+    const int64_t value = whole * 1'000'000'000 + fraction;
+    return negative ? -value : value;
+}
+
 }  // namespace
 
 capture::capture(capture_settings settings)
@@ -44,6 +73,7 @@ capture::capture(capture_settings settings)
         mode_regions_.push_back(std::move(regions));
     }
     totals_.function_energy_nj.assign(settings_.board.functions.size(), 0.0);
+    pending_.function_energy_nj = totals_.function_energy_nj;
     header_ = capture_header(
         layout_, {settings_.board.target, base_name(settings_.config), settings_.range.name,
                   settings_.range.full_scale_na, settings_.range.resolution_na,
@@ -52,13 +82,11 @@ capture::capture(capture_settings settings)
 
 std::unique_ptr<capture> capture::create(capture_settings settings, std::string& error) {
     std::unique_ptr<capture> made(new capture(std::move(settings)));
-    if (static_cast<int64_t>(made->header_.size()) > made->settings_.max_bytes) {
-        error = "maximum output size " + std::to_string(made->settings_.max_bytes / 1024) +
-                " KiB does not hold even the file's header";
-        return nullptr;
-    }
     if (!made->file_.open(made->settings_.output, error)) {
         return nullptr;
+    }
+    if (!made->windowed()) {
+        made->checkpoint_step_ = UINT64_MAX;
     }
     return made;
 }
@@ -70,17 +98,15 @@ int capture::run(std::ostream& out, std::ostream& errors) {
     checkpoints_.push_back({0, header_.size(), 0});
 
     capture_end end = sample_until_the_end();
+    file_.cancel_rewrite();  // The last cut is exact; one under way would keep too much.
     if (end != capture_end::write_error) {
-        const bool kept = file_.flush() && (settings_.save_all || trim_to_window(window_start()));
+        const bool kept = flush_rows() && (!windowed() || trim_to_window(window_start()));
         if (!kept) {
             end = capture_end::write_error;
         }
     }
     totals_.end = end;
     totals_.rows_kept = totals_.rows - first_row_;
-    totals_.periods = next_;
-    totals_.energy_nj = static_cast<double>(energy_nj_) +
-                        static_cast<double>(energy_rest_) / static_cast<double>(settings_.rate);
     if (end == capture_end::write_error) {
         errors << "wattscope: " << file_.error() << std::endl;
     }
@@ -101,35 +127,55 @@ capture_end capture::sample_until_the_end() {
     if (stop_.requested()) {
         return capture_end::stopped;
     }
-    if (settings_.trigger &&
-        !stop_.sleep_until(clock::now() +
-                           std::chrono::microseconds(*settings_.board.trigger_delay_us))) {
-        return capture_end::stopped;
+    const clock::time_point begun = clock::now();
+    const bool limited = settings_.duration_ms > 0;
+    const auto duration = std::chrono::milliseconds(settings_.duration_ms);
+    // With a duration zelno holds the same limit, by its own clock started a
+    // moment apart from ours, and stops the capture at it. A stop from then
+    // on is that one: the capture still takes its whole duration from the
+    // trigger, and waits for that stop before it returns, so that zelno's
+    // "Stopping" line always comes before the summary.
+    bool closing = false;
+    auto is_the_limit = [&](clock::time_point now) {
+        return limited && now >= begun + duration - stop_grace;
+    };
+    auto wait = [&](clock::time_point when) {
+        if (closing) {
+            std::this_thread::sleep_until(when);
+        } else {
+            stop_.sleep_until(when);
+        }
+    };
+    if (settings_.trigger) {
+        const clock::time_point trigger =
+            begun + std::chrono::microseconds(*settings_.board.trigger_delay_us);
+        for (clock::time_point now = begun; now < trigger; now = clock::now()) {
+            if (!closing && stop_.requested()) {
+                if (!is_the_limit(now)) {
+                    return capture_end::stopped;
+                }
+                closing = true;
+            }
+            wait(trigger);
+        }
     }
     const int32_t rate = settings_.rate;
     const clock::time_point start = clock::now();
-    const bool limited = settings_.duration_ms > 0;
-    const clock::time_point deadline =
-        limited ? start + std::chrono::milliseconds(settings_.duration_ms)
-                : clock::time_point::max();
+    const clock::time_point deadline = limited ? start + duration : clock::time_point::max();
     const uint64_t limit =
         limited ? static_cast<uint64_t>(settings_.duration_ms) * static_cast<uint64_t>(rate) / 1000
                 : UINT64_MAX;
     const uint64_t backlog = static_cast<uint64_t>(rate) * backlog_limit_ms / 1000;
-    const uint64_t slack = std::max<uint64_t>(window_samples_ / 4, 1);
     clock::time_point last_flush = start;
 
     while (true) {
         // Read before the clock: after a stop, what was due by then still comes.
-        const bool stopping = stop_.requested();
+        const bool stop_seen = !closing && stop_.requested();
         const clock::time_point now = clock::now();
-        uint64_t due = std::min(periods_in(now - start, rate), limit);
-        if (stopping && deadline - now <= stop_grace) {
-            // zelno stops a capture at the same duration by its own clock,
-            // started a moment apart from ours: a stop that close to our end
-            // completes the capture rather than cut its last samples.
-            due = limit;
+        if (stop_seen && is_the_limit(now)) {
+            closing = true;
         }
+        const uint64_t due = std::min(periods_in(now - start, rate), limit);
         if (due > next_ + backlog) {
             skip(due - backlog - next_);
         }
@@ -137,26 +183,35 @@ capture_end capture::sample_until_the_end() {
         if (!produce(due, end)) {
             return end;
         }
-        if (next_ == limit && (now >= deadline || stopping)) {
-            return capture_end::duration;
+        if (next_ == limit) {
+            return wait_for_the_stop();
         }
-        if (stopping) {
+        if (stop_seen && !closing) {
             return capture_end::stopped;
         }
         if (now - last_flush >= flush_period) {
-            if (!file_.flush() || !file_.still_there()) {
+            if (!flush_rows() || !file_.still_there()) {
                 return capture_end::write_error;
             }
             last_flush = now;
         }
-        if (!settings_.save_all && window_start() >= first_index_ + slack &&
-            !trim_to_window(window_start())) {
+        if (windowed() && !keep_the_window_in_the_background()) {
             return capture_end::write_error;
         }
         clock::time_point wake = std::max(now + tick, start + end_of_periods(next_ + 1, rate));
         wake = std::min({wake, deadline, last_flush + flush_period});
-        stop_.sleep_until(wake);
+        wait(wake);
     }
+}
+
+capture_end capture::wait_for_the_stop() {
+    if (!flush_rows()) {
+        return capture_end::write_error;
+    }
+    while (!stop_.requested()) {
+        stop_.sleep_until(clock::now() + std::chrono::seconds(1));
+    }
+    return capture_end::duration;
 }
 
 // Inlined: a sample costs tens of nanoseconds, and the call was a good part.
@@ -196,11 +251,11 @@ bool capture::produce(uint64_t due, capture_end& end) {
     const std::vector<code_region>& functions = settings_.board.functions;
     while (next_ < due) {
         const uint64_t count = std::min(due - next_, chunk_samples);
-        char* const begin = file_.space(count * row_room_);
-        if (begin == nullptr) {
+        if (!file_.has_room(count * row_room_) && !flush_rows()) {
             end = capture_end::write_error;
             return false;
         }
+        char* const begin = file_.space(count * row_room_);
         const uint64_t base = file_.size();
         const uint64_t room =
             settings_.max_bytes > static_cast<int64_t>(base) ? settings_.max_bytes - base : 0;
@@ -238,17 +293,18 @@ bool capture::produce(uint64_t due, capture_end& end) {
             }
             if (next_ - checkpoints_.back().index >= checkpoint_step_) {
                 checkpoints_.push_back(
-                    {next_, base + static_cast<uint64_t>(row - begin), totals_.rows});
+                    {next_, base + static_cast<uint64_t>(row - begin), rows_made_});
             }
             energy_nj_ += whole;
             energy_rest_ = rest;
             current_sum += s.value.current_na;
-            totals_.peak_na = std::max(totals_.peak_na, s.value.current_na);
+            pending_.peak_na = std::max(pending_.peak_na, s.value.current_na);
             if (s.function != no_function) {
-                totals_.function_energy_nj[s.function] +=
+                pending_.function_energy_nj[s.function] +=
                     static_cast<double>(s.value.power_nw) / static_cast<double>(rate);
             }
-            ++totals_.rows;
+            ++pending_.rows;
+            ++rows_made_;
             ++next_;
             if (++time_.tick == static_cast<uint64_t>(rate)) {
                 time_.tick = 0;
@@ -257,7 +313,7 @@ bool capture::produce(uint64_t due, capture_end& end) {
             row = row_end;
         }
         file_.advance(row);
-        totals_.current_sum_na += static_cast<double>(current_sum);
+        pending_.current_sum_na += static_cast<double>(current_sum);
         if (full) {
             if (!worth_trimming_for_room()) {
                 end = capture_end::size_limit;
@@ -291,7 +347,7 @@ uint64_t capture::window_start() const {
 // of the file only when it frees an eighth of the limit; otherwise the
 // capture ends there, as with saveall.
 bool capture::worth_trimming_for_room() const {
-    if (settings_.save_all) {
+    if (!windowed()) {
         return false;
     }
     const uint64_t keep_from = window_start();
@@ -305,10 +361,10 @@ bool capture::worth_trimming_for_room() const {
 }
 
 bool capture::trim_to_window(uint64_t keep_from) {
-    if (keep_from <= first_index_ || totals_.rows == first_row_) {
+    if (keep_from <= first_index_ || rows_made_ == first_row_) {
         return true;
     }
-    if (!file_.flush()) {
+    if (!flush_rows()) {
         return false;
     }
     checkpoint from = checkpoints_.front();
@@ -320,7 +376,7 @@ bool capture::trim_to_window(uint64_t keep_from) {
     // Walk the rows from there; each starts with its sample index.
     uint64_t cut = file_.size();
     uint64_t cut_index = next_;
-    uint64_t row = totals_.rows;
+    uint64_t row = rows_made_;
     std::vector<char> block(65536);
     uint64_t position = from.offset;
     uint64_t counted = from.row;
@@ -358,17 +414,125 @@ bool capture::trim_to_window(uint64_t keep_from) {
     if (!file_.drop_range(header_.size(), cut)) {
         return false;
     }
-    const uint64_t shift = cut - header_.size();
-    while (!checkpoints_.empty() && checkpoints_.front().index <= cut_index) {
+    forget_before({cut_index, cut, row});
+    return true;
+}
+
+void capture::forget_before(const checkpoint& cut) {
+    const uint64_t shift = cut.offset - header_.size();
+    while (!checkpoints_.empty() && checkpoints_.front().index <= cut.index) {
         checkpoints_.pop_front();
     }
     for (checkpoint& point : checkpoints_) {
         point.offset -= shift;
     }
-    checkpoints_.push_front({cut_index, header_.size(), row});
-    first_index_ = cut_index;
-    first_row_ = row;
-    return true;
+    checkpoints_.push_front({cut.index, header_.size(), cut.row});
+    first_index_ = cut.index;
+    first_row_ = cut.row;
+}
+
+// While sampling, rows older than the window go a quarter window at a time,
+// through a rewrite on another thread, cut at a remembered row start: found
+// without reading the file, it keeps up to a sixty-fourth of a window more.
+bool capture::keep_the_window_in_the_background() {
+    if (file_.rewriting()) {
+        bool replaced = false;
+        if (!file_.poll_rewrite(replaced)) {
+            return false;
+        }
+        if (replaced) {
+            forget_before(rewrite_from_);
+        }
+        return true;
+    }
+    const uint64_t keep_from = window_start();
+    if (keep_from < first_index_ + std::max<uint64_t>(window_samples_ / 4, 1)) {
+        return true;
+    }
+    checkpoint from = checkpoints_.front();
+    for (const checkpoint& point : checkpoints_) {
+        if (point.index <= keep_from) {
+            from = point;
+        }
+    }
+    if (from.index <= first_index_ || from.offset > file_.written()) {
+        return true;
+    }
+    rewrite_from_ = from;
+    return file_.start_rewrite(header_.size(), from.offset);
+}
+
+bool capture::flush_rows() {
+    const uint64_t before = file_.written();
+    if (file_.flush()) {
+        commit_pending();
+        return true;
+    }
+    count_rows_that_reached_the_file(file_.buffered(file_.written() - before));
+    return false;
+}
+
+void capture::commit_pending() {
+    totals_.rows += pending_.rows;
+    totals_.current_sum_na += pending_.current_sum_na;
+    totals_.peak_na = std::max(totals_.peak_na, pending_.peak_na);
+    for (size_t i = 0; i < pending_.function_energy_nj.size(); ++i) {
+        totals_.function_energy_nj[i] += pending_.function_energy_nj[i];
+        pending_.function_energy_nj[i] = 0;
+    }
+    totals_.periods = next_;
+    totals_.dropped = next_ - totals_.rows;
+    totals_.energy_nj = static_cast<double>(energy_nj_) +
+                        static_cast<double>(energy_rest_) / static_cast<double>(settings_.rate);
+    pending_.rows = 0;
+    pending_.current_sum_na = 0;
+    pending_.peak_na = 0;
+    std::lock_guard<std::mutex> lock(progress_mutex_);
+    progress_ = {totals_.rows, totals_.current_sum_na, totals_.energy_nj};
+}
+
+// After a failed write: the figures of the rows that reached the file from
+// the buffer, read back from their text; the rest of the buffer is lost.
+void capture::count_rows_that_reached_the_file(std::string_view text) {
+    const char separator = layout_.separator;
+    const std::vector<code_region>& functions = settings_.board.functions;
+    for (size_t at = 0; at < text.size();) {
+        size_t end = text.find('\n', at);
+        end = end == std::string_view::npos ? text.size() : end;
+        const std::string_view line = text.substr(at, end - at);
+        at = end + 1;
+        if (line.empty() || line[0] < '0' || line[0] > '9') {
+            continue;  // The header.
+        }
+        std::vector<std::string_view> fields;
+        for (size_t from = 0; from <= line.size();) {
+            size_t to = line.find(separator, from);
+            to = to == std::string_view::npos ? line.size() : to;
+            fields.push_back(line.substr(from, to - from));
+            from = to + 1;
+        }
+        if (fields.size() < 7) {
+            continue;
+        }
+        const int64_t current = billionths(fields[2]);
+        const int64_t power = billionths(fields[4]);
+        ++totals_.rows;
+        totals_.current_sum_na += static_cast<double>(current);
+        totals_.peak_na = std::max(totals_.peak_na, current);
+        totals_.energy_nj = static_cast<double>(billionths(fields[5]));
+        uint64_t index = 0;
+        std::from_chars(fields[0].data(), fields[0].data() + fields[0].size(), index);
+        totals_.periods = index + 1;
+        for (size_t f = 0; fields.size() == 9 && f < functions.size(); ++f) {
+            if (functions[f].name == fields[8]) {
+                totals_.function_energy_nj[f] +=
+                    static_cast<double>(power) / static_cast<double>(settings_.rate);
+            }
+        }
+    }
+    totals_.dropped = totals_.periods - totals_.rows;
+    std::lock_guard<std::mutex> lock(progress_mutex_);
+    progress_ = {totals_.rows, totals_.current_sum_na, totals_.energy_nj};
 }
 
 }  // namespace standin::sim

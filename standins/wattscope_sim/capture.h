@@ -3,12 +3,17 @@
 // One wattscope capture: samples the simulated target in real time into the
 // output file until its duration, the size limit, a stop or a write error.
 // docs/simulator.md describes what it writes and when.
+//
+// Every figure of the summary and of progress() is of rows that reached the
+// file: rows still in the write buffer count once a write took them.
 
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <mutex>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "wattscope_sim/capture_file.h"
@@ -25,7 +30,7 @@ enum class capture_end { duration, size_limit, stopped, write_error };
 // What a capture did, for its summary line and for tests.
 struct capture_totals {
     capture_end end = capture_end::stopped;
-    uint64_t rows = 0;       // Rows written, whether still in the file or not.
+    uint64_t rows = 0;       // Rows written, whether the window kept them or not.
     uint64_t rows_kept = 0;  // Rows in the file at the end.
     uint64_t periods = 0;    // Sample periods covered: rows and dropped samples.
     uint64_t dropped = 0;
@@ -50,6 +55,18 @@ class capture {
 
     const capture_totals& totals() const { return totals_; }
 
+    // From any thread while run() runs: rows written so far, their current
+    // sum and energy.
+    struct progress_figures {
+        uint64_t rows = 0;
+        double current_sum_na = 0;
+        double energy_nj = 0;
+    };
+    progress_figures progress() const {
+        std::lock_guard<std::mutex> lock(progress_mutex_);
+        return progress_;
+    }
+
   private:
     // A row start remembered to cut the file at without reading all of it.
     struct checkpoint {
@@ -68,7 +85,14 @@ class capture {
     explicit capture(capture_settings settings);
 
     capture_end sample_until_the_end();
+    capture_end wait_for_the_stop();
     bool produce(uint64_t due, capture_end& end);
+    bool flush_rows();
+    void commit_pending();
+    void count_rows_that_reached_the_file(std::string_view text);
+    bool keep_the_window_in_the_background();
+    void forget_before(const checkpoint& cut);
+    bool windowed() const { return !settings_.save_all && file_.regular(); }
     sample take_sample();
     void place_pc(uint32_t mode, sample& s);
     void skip(uint64_t count);
@@ -77,7 +101,9 @@ class capture {
     uint64_t window_start() const;
 
     const capture_settings settings_;
-    stop_signal stop_;  // The only member that other threads touch.
+    stop_signal stop_;  // Other threads touch only this and the progress.
+    mutable std::mutex progress_mutex_;
+    progress_figures progress_;  // Guarded by progress_mutex_.
 
     // Everything below belongs to the thread in run().
     capture_file file_;
@@ -98,9 +124,12 @@ class capture {
     bool holding_ = false;     // held_ didn't fit the file; it goes first next time.
     sample held_{};
     uint64_t first_index_ = 0;  // Of the first row in the file.
-    uint64_t first_row_ = 0;    // Rows written before it.
+    uint64_t first_row_ = 0;    // Rows made before it.
+    uint64_t rows_made_ = 0;    // Rows made, in the buffer or the file.
     std::deque<checkpoint> checkpoints_;
-    capture_totals totals_;
+    checkpoint rewrite_from_{};  // Where a rewrite on another thread cuts.
+    capture_totals pending_;     // Of the rows in the write buffer.
+    capture_totals totals_;      // Of the rows that reached the file.
 };
 
 std::string capture_summary(const capture_settings& settings, const capture_totals& totals);

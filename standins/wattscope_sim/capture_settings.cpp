@@ -73,10 +73,10 @@ std::optional<capture_settings> check_capture_options(const wattscope_options& o
     settings.rate = options.sampfreq;
     if (options.maxoutsize <= 0) {
         error = "maximum output size " + std::to_string(options.maxoutsize) +
-                " is out of range; give a size in KiB above 0";
+                " is out of range; give a size in MiB above 0";
         return std::nullopt;
     }
-    settings.max_bytes = int64_t{options.maxoutsize} * 1024;
+    settings.max_bytes = int64_t{options.maxoutsize} * 1024 * 1024;
     settings.duration_ms = options.duration > 0 ? options.duration : 0;
     settings.trigger = options.trig != 0;
     if (settings.trigger && !settings.board.trigger_delay_us) {

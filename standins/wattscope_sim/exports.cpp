@@ -1,4 +1,4 @@
-// The eight exported functions of libwattscopestandalone.so, the probe
+// The exported functions of libwattscopestandalone.so, the probe
 // simulator. They keep C++ exceptions inside the library: zelno calls them
 // from threads that catch nothing.
 //
@@ -66,6 +66,24 @@ int32_t stop_handle(void* handle) {
     return 0;
 }
 
+// Fills what a use case can tell of its progress; a record smaller than
+// ours is refused rather than overrun.
+template <typename UseCase, typename Fill>
+int32_t progress_of(void* handle, usecase_progress* progress, Fill fill) {
+    if (handle == nullptr || progress == nullptr || progress->size < sizeof(usecase_progress)) {
+        return -1;
+    }
+    try {
+        usecase_progress figures{};
+        figures.size = progress->size;
+        fill(*static_cast<const UseCase*>(handle), figures);
+        *progress = figures;
+        return 0;
+    } catch (const std::exception&) {
+        return -1;  // Nothing worth a line on zelno's console.
+    }
+}
+
 // Makes a use case behind a handle; `make` returns null with its reason.
 template <typename Options, typename Make>
 int32_t create_handle(const Options* options, void** handle, const char* name, Make make) {
@@ -116,6 +134,18 @@ STANDIN_EXPORT int32_t wattscope_destroy(void* handle) {
     return 0;
 }
 
+STANDIN_EXPORT int32_t wattscope_progress(void* handle, usecase_progress* progress) {
+    return progress_of<capture>(handle, progress, [](const capture& c, usecase_progress& p) {
+        const capture::progress_figures figures = c.progress();
+        p.samples = figures.rows;
+        p.mean_current_a = figures.rows == 0
+                               ? 0.0
+                               : figures.current_sum_na * 1e-9 / static_cast<double>(figures.rows);
+        p.energy_j = figures.energy_nj * 1e-9;
+        p.fields = progress_samples | progress_mean_current | progress_energy;
+    });
+}
+
 STANDIN_EXPORT int32_t prodtest_create(const prodtest_options* options, void** handle) {
     return create_handle(options, handle, "prodtest", &production_test::create);
 }
@@ -126,6 +156,14 @@ STANDIN_EXPORT int32_t prodtest_run(void* handle) {
 
 STANDIN_EXPORT int32_t prodtest_stop(void* handle) {
     return stop_handle<production_test>(handle);
+}
+
+STANDIN_EXPORT int32_t prodtest_progress(void* handle, usecase_progress* progress) {
+    return progress_of<production_test>(handle, progress,
+                                        [](const production_test& test, usecase_progress& p) {
+                                            p.samples = test.samples_taken();
+                                            p.fields = progress_samples;
+                                        });
 }
 
 STANDIN_EXPORT int32_t prodtest_destroy(void* handle) {

@@ -117,6 +117,7 @@ bool production_test::measure() {
                 active_sum += current;
             }
         }
+        taken_.store(done, std::memory_order_relaxed);
         if (done < total && !stopped) {
             stop_.sleep_until(
                 std::max(clock::now() + tick, start + end_of_periods(done + 1, rate)));

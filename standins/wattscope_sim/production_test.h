@@ -4,6 +4,7 @@
 // the test description asks, judges each parameter against its limits,
 // prints the results and writes a JUnit report beside the description.
 
+#include <atomic>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -48,6 +49,9 @@ class production_test {
 
     const test_measurement& measurement() const { return measured_; }
 
+    // From any thread while run() runs.
+    uint64_t samples_taken() const { return taken_.load(std::memory_order_relaxed); }
+
   private:
     production_test() = default;
 
@@ -60,6 +64,7 @@ class production_test {
     test_description description_;
     stop_signal stop_;  // The only member that other threads touch.
     test_measurement measured_;
+    std::atomic<uint64_t> taken_{0};  // Read by other threads, for progress.
 };
 
 }  // namespace standin::sim

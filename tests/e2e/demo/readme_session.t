@@ -1,9 +1,6 @@
-# The session of the README, on the demo folder, with the probe simulator
-# that the build puts beside zelno. The numbers come from the model; the
-# lines and their order are the point. zelno's own "Stopping" line shows
-# when its clock notices the end before the simulator's does.
+# The README's session with the build's probe simulator. A timed capture waits
+# for zelno's stop, so zelno's "Stopping" line always comes before the summary.
 % copy @SOURCE@/demo/board.dat
-% copy @SOURCE@/demo/target.tgcfg
 % copy @SOURCE@/demo/limits.txt
 % unset LD_LIBRARY_PATH
 < connect --config board.dat hosted
@@ -12,9 +9,11 @@
 < prodtest --input limits.txt
 % include banner
 >| zelno> zelno> 
->~ (?:Stopping wattscope after 3000ms\n)?wattscope: capture\.csv: \d+ samples in [\d.]+ s \((?:duration reached|stopped)\), mean 2\.\d+ mA, peak 1\d\.\d+ mA, charge [\d.]+ mC, energy [\d.]+ mJ, \d+ dropped
+> Stopping wattscope after 3000ms
+>~ wattscope: capture\.csv: 6000 samples in 3\.000 s \(duration reached\), mean 2\.\d+ mA, peak 1\d\.\d+ mA, charge [\d.]+ mC, energy [\d.]+ mJ, \d+ dropped
 >| zelno> 
->~ (?:Stopping wattscope after 2000ms\n)?wattscope: trace\.dat: \d+ samples in [\d.]+ s \((?:duration reached|stopped)\), mean 2\.\d+ mA, peak 1\d\.\d+ mA, charge [\d.]+ mC, energy [\d.]+ mJ, \d+ dropped; energy by function: radio_send [\d.]+ mJ, (?:\w+ [\d.]+ mJ, ){3}\w+ [\d.]+ mJ
+> Stopping wattscope after 2000ms
+>~ wattscope: trace\.dat: 4000 samples in 2\.000 s \(duration reached\), mean 2\.\d+ mA, peak 1\d\.\d+ mA, charge [\d.]+ mC, energy [\d.]+ mJ, \d+ dropped; energy by function: radio_send [\d.]+ mJ, (?:\w+ [\d.]+ mJ, ){3}\w+ [\d.]+ mJ
 >| zelno> 
 >~ prodtest: supply_voltage 3\.\d+ V, expected 3\.299 V \+/- 0\.5%: PASS
 >~ prodtest: mean_current 2\.\d+ mA, expected 2\.47 mA \+/- 3%: PASS
