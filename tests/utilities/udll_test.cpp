@@ -18,11 +18,12 @@ const std::string double_dir = ZELNO_TEST_LIBRARY_DIR "/udll";
 TEST(udll, file_names_follow_the_suffix_rule) {
     // Base, file name, file name of ABI version 0. The suffix test is a
     // case-sensitive search, and the suffix alone is no name.
-    const char* const rows[][3] = {{"tgcfgsetup", "libtgcfgsetup.so", "libtgcfgsetup.so.0"},
-                                   {"libx.so", "libx.so", "libx.so"},
-                                   {"libx.so.0", "libx.so.0", "libx.so.0"},
-                                   {"x.SO", "libx.SO.so", "libx.SO.so.0"},
-                                   {".so", "lib.so.so", "lib.so.so.0"}};
+    // clang-format off
+    const char* const rows[][3] = {
+        {"tgcfgsetup", "libtgcfgsetup.so", "libtgcfgsetup.so.0"}, {"libx.so", "libx.so", "libx.so"},
+        {"libx.so.0", "libx.so.0", "libx.so.0"}, {"x.SO", "libx.SO.so", "libx.SO.so.0"},
+        {".so", "lib.so.so", "lib.so.so.0"}};
+    // clang-format on
     for (const auto& row : rows) {
         std::string file = "<";
         EXPECT_EQ(uDll::library_file_name(file, row[0]), "<" + std::string(row[1]));

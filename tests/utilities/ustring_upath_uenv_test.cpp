@@ -1,7 +1,7 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <functional>
 #include <thread>
 
 #include "utilities/uenv.h"
@@ -68,29 +68,26 @@ TEST(uenv, unset_reads_empty_set_overwrites_and_each_thread_keeps_its_text) {
     EXPECT_STREQ(mine, "alpha");
 }
 
-std::string thrown(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const std::runtime_error& e) {
-        return e.what();
-    }
-    return "nothing thrown";
-}
-
 // The shell reports these texts as they are. The first test decides when
 // both arguments are null, and the text is left alone.
 TEST(null_arguments, throw_the_fixed_texts) {
+    using testing::StrEq;
+    using testing::ThrowsMessage;
     std::string text = "keep";
-    EXPECT_EQ(thrown([&] { uString::replace(text, nullptr, nullptr); }),
-              "unable to perform string replacement from null original text");
-    EXPECT_EQ(thrown([&] { uString::replace(text, "k", nullptr); }),
-              "unable to perform string replacement with null replacement text");
+    EXPECT_THAT([&] { uString::replace(text, nullptr, nullptr); },
+                ThrowsMessage<std::runtime_error>(
+                    StrEq("unable to perform string replacement from null original text")));
+    EXPECT_THAT([&] { uString::replace(text, "k", nullptr); },
+                ThrowsMessage<std::runtime_error>(
+                    StrEq("unable to perform string replacement with null replacement text")));
     EXPECT_EQ(text, "keep");
-    const std::string null_name = "failed set an environment variable name to null";
-    EXPECT_EQ(thrown([] { uEnv::set(nullptr, nullptr); }), null_name);
-    EXPECT_EQ(thrown([] { uEnv::get(nullptr); }), null_name);
-    EXPECT_EQ(thrown([] { uEnv::set("ZELNO_TEST_A", nullptr); }),
-              "failed set an environment variable value to null");
+    const auto null_name =
+        ThrowsMessage<std::runtime_error>(StrEq("failed set an environment variable name to null"));
+    EXPECT_THAT([] { uEnv::set(nullptr, nullptr); }, null_name);
+    EXPECT_THAT([] { uEnv::get(nullptr); }, null_name);
+    EXPECT_THAT([] { uEnv::set("ZELNO_TEST_A", nullptr); },
+                ThrowsMessage<std::runtime_error>(
+                    StrEq("failed set an environment variable value to null")));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 # Blanks and separators run nothing; commands are reported whole, words compared
-# exactly; use cases need a session; quit acts once the whole line is done.
+# exactly; use cases need a session. A last line without a line feed is dropped.
 <
 <    
 < ; ;
@@ -8,11 +8,9 @@
 < QUIT
 < x"a b"
 < wattscope -o f.csv;prodtest
-< quit;;help
-< help
+<| help
 % include banner
->| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
-% include listing_after_prompt
+>| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
 ! Unknown command: foo bar
 ! Unknown command:  foo
 ! Unknown command: QUIT

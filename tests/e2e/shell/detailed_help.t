@@ -1,11 +1,12 @@
 # help <command> gives the row's own help, prodtest included; an unknown word
-# costs only itself. A leading quote groups a word, and "help" quit is two commands.
+# costs only itself. A leading quote groups a word; "quit" help is two commands,
+# and quit acts once the whole line is done.
 < help quit
 < help prodtest
 < help wattscope quit
 < help nosuch quit
 < help "quit" help
-< "help" quit
+< "quit" help
 % include banner
 > zelno> Exit the interactive tool
 >| zelno> 

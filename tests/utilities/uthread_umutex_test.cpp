@@ -1,5 +1,3 @@
-#include "utilities/uthread.h"
-
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -7,12 +5,17 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <semaphore>
 #include <thread>
 
+#include "utilities/umutex.h"
+#include "utilities/uthread.h"
+
 namespace {
 
+using VX_UTL::uMutex;
 using VX_UTL::uRunnable;
 using VX_UTL::uThread;
 
@@ -64,6 +67,30 @@ TEST(uthread, a_stack_below_the_minimum_and_a_lower_priority) {
     while (body.runs == 0) {
         std::this_thread::yield();
     }
+}
+
+TEST(umutex, is_held_until_the_holders_last_unlock) {
+    uMutex mutex;
+    EXPECT_FALSE(mutex.unlock());
+    ASSERT_TRUE(mutex.lock());
+    ASSERT_TRUE(mutex.lock());
+    bool refused = false;
+    std::thread([&] { refused = !mutex.unlock(); }).join();
+    EXPECT_TRUE(refused);
+    std::atomic<bool> other_holds{false};
+    std::thread other([&] {
+        mutex.lock();
+        other_holds = true;
+        mutex.unlock();
+    });
+    EXPECT_TRUE(mutex.unlock());
+    // A slow machine can only hide a fault here, never invent one.
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_FALSE(other_holds);
+    EXPECT_TRUE(mutex.unlock());
+    other.join();
+    EXPECT_TRUE(other_holds);
+    EXPECT_FALSE(mutex.unlock());
 }
 
 }  // namespace
