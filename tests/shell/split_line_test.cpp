@@ -11,6 +11,11 @@ struct split_case {
     std::vector<std::string> fields;
 };
 
+// The case's name, not its bytes, in test listings.
+void PrintTo(const split_case& c, std::ostream* out) {
+    *out << c.name;
+}
+
 class split_line_cases : public testing::TestWithParam<split_case> {};
 
 TEST_P(split_line_cases, gives_the_fields) {
