@@ -1,5 +1,6 @@
 #include "shell/shell.h"
 
 int main(int argc, char** argv) {
+    VX_UTL::keep_running_on_closed_output();
     return argc < 2 ? run_interactive() : run_option_mode(argc, argv);
 }

@@ -14,6 +14,11 @@ enum : uint32_t {
     CTRL_SHUTDOWN_EVENT = 6,
 };
 
+// Makes a write to a closed output (a pipe whose reader has gone) fail with
+// an error, as it does on Windows, rather than end the process. For the
+// whole process; main calls it first, in both modes.
+void keep_running_on_closed_output();
+
 // True when the event is handled; false passes it on to the platform's
 // default, which ends the process.
 using console_ctrl_routine = bool (*)(uint32_t control_type);

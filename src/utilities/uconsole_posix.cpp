@@ -88,6 +88,13 @@ void uConsoleControl::platform_state::serve_pending() const {
     }
 }
 
+void keep_running_on_closed_output() {
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    sigemptyset(&ignore.sa_mask);
+    sigaction(SIGPIPE, &ignore, nullptr);
+}
+
 uConsoleControl::uConsoleControl(console_ctrl_routine routine) {
     auto building = std::make_unique<platform_state>();
     building->routine = routine;

@@ -47,7 +47,8 @@ bool uDll::load_file(const char* name) {
     if (module == nullptr) {
         set_last_error(error);
         uTraceRegistry& registry = get_trace_registry();
-        if (registry.trace_level < 1) {
+        // A raised level with no log installed writes nowhere.
+        if (registry.trace_level < 1 || registry.trace_log == nullptr) {
             return false;
         }
         registry.trace_log->write(1, 2, "uDll: %s", error.c_str());

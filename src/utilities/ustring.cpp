@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 namespace VX_UTL {
 
@@ -18,11 +19,13 @@ const char* uString::replace(std::string& text, const char* from, const char* to
         return text.c_str();
     }
     const std::size_t to_length = std::strlen(to);
-    // When `to` holds `from` at or behind byte L, resuming at position + L
-    // would find our own output again for ever; resume behind the insert.
-    const char* own_output = std::strstr(to, from);
+    // When `to` holds `from` anywhere at or behind byte L, resuming at
+    // position + L finds our own output again for ever, so resume behind the
+    // insert. Otherwise every later hit ends beyond the insert and takes up
+    // at least one byte of the original text, so the search ends.
     const bool resume_behind_insert =
-        own_output != nullptr && static_cast<std::size_t>(own_output - to) >= from_length;
+        std::string_view(to, to_length).find(std::string_view(from, from_length), from_length) !=
+        std::string_view::npos;
 
     std::size_t position = 0;
     while (position + from_length <= text.size()) {

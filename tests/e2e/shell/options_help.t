@@ -1,3 +1,0 @@
-# Repeated help requests give one listing.
-$ -h -h --help
-% include listing

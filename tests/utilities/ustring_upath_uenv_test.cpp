@@ -1,0 +1,95 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "utilities/uenv.h"
+#include "utilities/upath.h"
+#include "utilities/ustring.h"
+
+namespace {
+
+using VX_UTL::uEnv;
+using VX_UTL::uPath;
+using VX_UTL::uString;
+
+struct replace_case {
+    const char *name, *text, *from, *to, *result;
+};
+
+// The case's name, not its bytes, in test listings.
+void PrintTo(const replace_case& c, std::ostream* out) {
+    *out << c.name;
+}
+
+class replace_cases : public testing::TestWithParam<replace_case> {};
+
+TEST_P(replace_cases, gives_the_text) {
+    std::string text = GetParam().text;
+    EXPECT_STREQ(uString::replace(text, GetParam().from, GetParam().to), GetParam().result);
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(table, replace_cases, testing::Values(
+    replace_case{"absent", "abc", "x", "y", "abc"}, replace_case{"empty_text", "", "x", "y", ""},
+    replace_case{"from_longer_than_text", "ab", "abc", "y", "ab"},
+    replace_case{"same_length", "a/b/c", "/", "\\", "a\\b\\c"},
+    replace_case{"empty_to_resumes_behind_L", "abXabab", "ab", "", "Xab"},
+    replace_case{"shorter_to_leaves_pairs", "\\\\\\\\", "\\\\", "\\", "\\\\\\"},
+    replace_case{"longer_to_resumes_inside", "aa", "a", "xy", "xyxy"},
+    replace_case{"to_holds_from_behind_L", "aa", "a", "xa", "xaxa"},
+    replace_case{"to_holds_from_at_0_and_behind_L", "xxabyy", "ab", "abab", "xxababyy"},
+    replace_case{"to_holds_from_at_0_only", "abb", "ab", "aba", "ababa"},
+    replace_case{"empty_from", "abc", "", "zz", "abc"}),
+    [](const auto& row) { return std::string(row.param.name); });
+// clang-format on
+
+TEST(ustring_format_int, replaces_appends_defaults_and_cuts_at_1023_bytes) {
+    std::string text = "old ";
+    EXPECT_STREQ(uString::format_int(5, text, false, "returned %d"), "returned 5");
+    EXPECT_STREQ(uString::format_int(-3, text, true, nullptr), "returned 5-3");
+    EXPECT_EQ(uString::format_int(7, text, false, "%02000d"), std::string(1023, '0'));
+}
+
+TEST(upath_append, joins_with_one_platform_separator) {
+    const char* const rows[][3] = {{"", "common", "common"},    {"..", "..", "../.."},
+                                   {"a/", "b", "a/b"},          {"a\\b", "c\\d", "a/b/c/d"},
+                                   {"//a////b", "c", "/a/b/c"}, {"\\\\\\\\x", "y", "/x/y"}};
+    for (const auto& row : rows) {
+        std::string path = row[0];
+        uPath::append(path, row[1]);
+        EXPECT_EQ(path, row[2]) << row[0] << " + " << row[1];
+    }
+}
+
+// The text lasts until this thread's next read, whatever other threads read.
+TEST(uenv, each_thread_keeps_its_own_text) {
+    uEnv::set("ZELNO_TEST_A", "alpha");
+    const char* mine = uEnv::get("ZELNO_TEST_A");
+    std::thread([] { uEnv::get("PATH"); }).join();
+    EXPECT_STREQ(mine, "alpha");
+}
+
+// The shell reports these texts as they are. The first test decides when
+// both arguments are null, and the text is left alone.
+TEST(null_arguments, throw_the_fixed_texts) {
+    using testing::StrEq;
+    using testing::ThrowsMessage;
+    std::string text = "keep";
+    EXPECT_THAT([&] { uString::replace(text, nullptr, nullptr); },
+                ThrowsMessage<std::runtime_error>(
+                    StrEq("unable to perform string replacement from null original text")));
+    EXPECT_THAT([&] { uString::replace(text, "k", nullptr); },
+                ThrowsMessage<std::runtime_error>(
+                    StrEq("unable to perform string replacement with null replacement text")));
+    EXPECT_EQ(text, "keep");
+    const auto null_name =
+        ThrowsMessage<std::runtime_error>(StrEq("failed set an environment variable name to null"));
+    EXPECT_THAT([] { uEnv::set(nullptr, nullptr); }, null_name);
+    EXPECT_THAT([] { uEnv::get(nullptr); }, null_name);
+    EXPECT_THAT([] { uEnv::set("ZELNO_TEST_A", nullptr); },
+                ThrowsMessage<std::runtime_error>(
+                    StrEq("failed set an environment variable value to null")));
+}
+
+}  // namespace
