@@ -1,7 +1,6 @@
-# A library without the function, and one whose conversion fails.
+# A conversion library without the function.
 % file target.tgcfg
-= target
-% env LD_LIBRARY_PATH=@TESTLIBS@/tgcfg/no_function:@TESTLIBS@/tgcfg/fails
+% env LD_LIBRARY_PATH=@TESTLIBS@/tgcfg/no_function
 < connect --config target.tgcfg hosted
 % include banner
 >| zelno> zelno> 

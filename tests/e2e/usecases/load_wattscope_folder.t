@@ -1,14 +1,21 @@
 # Without a library beside the parent, the one in wattscope/ wins over the
-# search path.
+# search path. It lacks prodtest_stop, so prodtest fails each time as it is
+# made, before anything is queued, and gives its handle back; the other use
+# case of the line works.
 % file board.dat
-= board
-% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so wattscope/libwattscopestandalone.so
-% env LD_LIBRARY_PATH=@TESTLIBS@/usecase/underscore
+% copy @TESTLIBS@/usecase/no_prodtest_stop/libwattscopestandalone.so wattscope/libwattscopestandalone.so
+% env LD_LIBRARY_PATH=@TESTLIBS@/usecase/basic
 < connect --config board.dat hosted
-< prodtest --input where.txt
+< prodtest --input limits.txt; wattscope -o f.csv ws
+< prodtest --input limits.txt
 % include banner
->| zelno> zelno> zelno> 
+>| zelno> zelno> zelno> zelno> 
+! Function prodtest_stop not found in wattscope/libwattscopestandalone.so
+! Function prodtest_stop not found in wattscope/libwattscopestandalone.so
 % expect-file double_record.txt
-=~ .*
-= library=wattscope/libwattscopestandalone.so
-=~ .*
+= prodtest_create 1 input=limits.txt config=board.dat device=unused
+= prodtest_destroy 1 runs=0 stops=0 end=none
+=~ wattscope_create 2 .*
+= wattscope_destroy 2 runs=1 stops=0 end=self
+= prodtest_create 3 input=limits.txt config=board.dat device=unused
+= prodtest_destroy 3 runs=0 stops=0 end=none
