@@ -2,7 +2,7 @@
 # unless given; an empty one, a parse error, counts too), silently, whatever
 # the connection word. It reports parse errors and goes on to the file test,
 # so without a connection word it still connects. --help, a file that can't
-# be opened and a missing --config keep the earlier session.
+# be opened (a directory can't) and a missing --config keep the earlier session.
 # disconnect with a word only prints its usage; a plain one ends the session
 # silently, also when there is none. Only ".dat" and ".tgcfg", exactly, are
 # session files; the session is recorded before that test, so it stands.
@@ -25,6 +25,7 @@
 < prodtest -i d.txt
 < connect --config board.dat -d first hosted
 < connect --config missing.dat hosted
+< connect --config dir.dat hosted
 < connect --help --config missing.dat
 < connect -h
 < connect -d second hosted
@@ -45,7 +46,7 @@
 >
 > zelno> zelno> zelno> zelno> zelno> zelno> usage: connect --device <device name> [--config <config file>] <prb|hosted>
 >
-> zelno> zelno> zelno> zelno> Connect to the target.
+> zelno> zelno> zelno> zelno> zelno> Connect to the target.
 > usage: connect --device <device name> [--config <config file>] <prb|hosted>
 >
 > zelno> Connect to the target.
@@ -64,6 +65,7 @@
 ! connect: option "--device=" requires an argument
 ! prodtest: option "" requires an argument
 ! Could not open file missing.dat
+! Could not open file dir.dat
 ! connect: missing option -c|--config=<config file>
 ! Could not open file 
 ! connect: missing option <hosted|prb>
