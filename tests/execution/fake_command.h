@@ -7,35 +7,13 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <iostream>
 #include <memory>
 #include <mutex>
-#include <sstream>
 #include <thread>
 
 #include "execution/zelno_command.h"
-#include "utilities/uplatform.h"
 
 namespace fake {
-
-// Blocks until opened.
-class gate {
-  public:
-    void open() {
-        const std::lock_guard<std::mutex> lock(mutex);
-        is_open = true;
-        changed.notify_all();
-    }
-    void pass() {
-        std::unique_lock<std::mutex> lock(mutex);
-        changed.wait(lock, [this] { return is_open; });
-    }
-
-  private:
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool is_open = false;
-};
 
 // Blocks until `counter` is at least `value`; the fake notifies each change.
 inline void await_at_least(const std::atomic<int>& counter, int value) {
@@ -56,7 +34,7 @@ struct behaviour {
     int32_t result = 0;
     int stops_needed = 1;              // Stops after which run returns.
     int stop_blocks_ms = 0;            // Time spent inside each stop, after it counted.
-    bool stop_waits_for_gate = false;  // Each stop then blocks on stop_gate.
+    bool stop_waits_for_gate = false;  // Each stop then blocks until stop_gate is true.
 };
 
 struct record {
@@ -64,10 +42,9 @@ struct record {
     std::atomic<int> stops{0};
     std::atomic<int> inside_stop{0};
     std::atomic<bool> stops_overlapped{false};
-    std::atomic<uint32_t> stop_thread{0};
     std::atomic<bool> destroyed{false};
     std::atomic<int> start_order{0};  // Taken from a counter shared by a test.
-    gate stop_gate;
+    std::atomic<bool> stop_gate{false};
 };
 
 class command : public zelno_command {
@@ -95,18 +72,15 @@ class command : public zelno_command {
         if (seen->inside_stop.fetch_add(1) != 0) {
             seen->stops_overlapped = true;
         }
-        seen->stop_thread = VX_UTL::uPlatform::current_thread_id();
         {
             const std::lock_guard<std::mutex> lock(mutex);
             ++stops_taken;
             changed.notify_all();
         }
         bump(seen->stops);
-        if (shape.stop_blocks_ms > 0) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(shape.stop_blocks_ms));
-        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(shape.stop_blocks_ms));
         if (shape.stop_waits_for_gate) {
-            seen->stop_gate.pass();
+            seen->stop_gate.wait(false);
         }
         --seen->inside_stop;
     }
@@ -118,20 +92,6 @@ class command : public zelno_command {
     std::mutex mutex;
     std::condition_variable changed;
     int stops_taken = 0;  // Guarded by `mutex`.
-};
-
-// Collects what std::cout gets while it lives.
-class cout_capture {
-  public:
-    cout_capture() : previous(std::cout.rdbuf(text.rdbuf())) {}
-    ~cout_capture() { std::cout.rdbuf(previous); }
-    cout_capture(const cout_capture&) = delete;
-    cout_capture& operator=(const cout_capture&) = delete;
-    std::string str() const { return text.str(); }
-
-  private:
-    std::ostringstream text;
-    std::streambuf* previous;
 };
 
 }  // namespace fake
