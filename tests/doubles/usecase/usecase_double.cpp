@@ -23,7 +23,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
-#include <set>
 #include <string>
 
 #include "usecases/usecase_abi.h"
@@ -34,7 +33,7 @@ struct handle_state {
     int id = 0;
     const char* use_case = "";
     int32_t result = 0;
-    int milliseconds = 0;  // 0: returns at once; -1: until stop.
+    int milliseconds = 0;  // -1: until stop.
     bool say = false;
     std::mutex lock;
     std::condition_variable wake;
@@ -44,13 +43,10 @@ struct handle_state {
     const char* ended = "none";  // Written by run, read by destroy after it.
 };
 
+// Handles come from here, not the heap: one that a library without a
+// destroy function leaves behind is then no leak to a leak checker.
+handle_state handles[64];
 std::atomic<int> next_id{1};
-
-// Every handle not yet destroyed. A library without a destroy function
-// leaves one behind on purpose; reachable from here, it is no leak to a leak
-// checker. Never freed, so it outlives static destruction.
-std::mutex live_lock;
-std::set<handle_state*>* const live = new std::set<handle_state*>;
 
 void record(const std::string& lines) {
     static std::mutex record_lock;
@@ -61,57 +57,46 @@ void record(const std::string& lines) {
     }
 }
 
-std::string loaded_from() {
-    Dl_info info{};
-    const bool found = dladdr(reinterpret_cast<void*>(&record), &info) != 0;
-    return found && info.dli_fname != nullptr ? info.dli_fname : "?";
-}
-
 void* create_handle(const char* use_case, const std::string& name, const std::string& fields) {
-    std::string lines = std::string(use_case) + "_create ";
-    handle_state* state = nullptr;
-    bool null_handle = false, env = false, where = false, say = false;
-    int32_t result = 0;
-    int milliseconds = 0;
-    std::size_t begin = 0;
-    while (begin <= name.size()) {
-        const std::size_t end = std::min(name.find_first_of("_.", begin), name.size());
+    std::string line = std::string(use_case) + "_create ";
+    handle_state probe;
+    bool null_handle = false, env = false, where = false;
+    for (std::size_t begin = 0, end = 0; begin <= name.size(); begin = end + 1) {
+        end = std::min(name.find_first_of("_.", begin), name.size());
         const std::string word = name.substr(begin, end - begin);
-        begin = end + 1;
+        const int number = word.size() > 2 ? std::atoi(word.c_str() + (word[0] == 'r' ? 3 : 2)) : 0;
         null_handle |= word == "null";
         env |= word == "env";
         where |= word == "where";
-        say |= word == "say";
-        if (word == "wait") {
-            milliseconds = -1;
-        } else if (word.size() > 3 && word.rfind("ret", 0) == 0) {
-            result = std::atoi(word.c_str() + 3);
-        } else if (word.size() > 2 && word.rfind("ms", 0) == 0) {
-            milliseconds = std::atoi(word.c_str() + 2);
-        }
+        probe.say |= word == "say";
+        probe.milliseconds = word == "wait"           ? -1
+                             : word.starts_with("ms") ? number
+                                                      : probe.milliseconds;
+        probe.result = word.starts_with("ret") ? number : probe.result;
     }
+    handle_state* state = nullptr;
     if (null_handle) {
-        lines += "null";
+        line += "null";
     } else {
-        state = new handle_state;
-        state->id = next_id++;
+        const int id = next_id++;
+        state = &handles[id % 64];
+        state->id = id;
         state->use_case = use_case;
-        state->result = result;
-        state->milliseconds = milliseconds;
-        state->say = say;
-        lines += std::to_string(state->id);
-        const std::lock_guard<std::mutex> hold(live_lock);
-        live->insert(state);
+        state->result = probe.result;
+        state->milliseconds = probe.milliseconds;
+        state->say = probe.say;
+        line += std::to_string(id);
     }
-    lines += " " + fields;
+    line += " " + fields;
     if (env) {
         const char* search = std::getenv("LD_LIBRARY_PATH");
-        lines += std::string("\nLD_LIBRARY_PATH=") + (search != nullptr ? search : "");
+        line += std::string("\nLD_LIBRARY_PATH=") + (search != nullptr ? search : "");
     }
-    if (where) {
-        lines += "\nlibrary=" + loaded_from();
+    Dl_info info{};
+    if (where && dladdr(reinterpret_cast<void*>(&record), &info) != 0) {
+        line += std::string("\nlibrary=") + info.dli_fname;
     }
-    record(lines);
+    record(line);
     return state;
 }
 
@@ -145,15 +130,10 @@ int32_t stop_handle(void* handle) {
 }
 
 int32_t destroy_handle(void* handle) {
-    auto* state = static_cast<handle_state*>(handle);
+    const auto* state = static_cast<handle_state*>(handle);
     record(std::string(state->use_case) + "_destroy " + std::to_string(state->id) +
            " runs=" + std::to_string(state->runs) + " stops=" + std::to_string(state->stops) +
            " end=" + state->ended);
-    {
-        const std::lock_guard<std::mutex> hold(live_lock);
-        live->erase(state);
-    }
-    delete state;
     return 0;
 }
 
@@ -164,10 +144,13 @@ int32_t destroy_handle(void* handle) {
 #else
 #define USECASE_EXPORT(name) name
 #endif
+#define HANDLE_FUNCTION(name, body)                         \
+    extern "C" int32_t USECASE_EXPORT(name)(void* handle) { \
+        return body(handle);                                \
+    }
 
-extern "C" {
-
-int32_t USECASE_EXPORT(wattscope_create)(const wattscope_options* options, void** handle) {
+extern "C" int32_t USECASE_EXPORT(wattscope_create)(const wattscope_options* options,
+                                                    void** handle) {
     const bool slot_empty =
         options->shared_slot == nullptr && options->shared_slot.use_count() == 0;
     *handle = create_handle(
@@ -182,41 +165,22 @@ int32_t USECASE_EXPORT(wattscope_create)(const wattscope_options* options, void*
     return 0;
 }
 
-#ifndef USECASE_NO_WATTSCOPE_RUN
-int32_t USECASE_EXPORT(wattscope_run)(void* handle) {
-    return run_handle(handle);
-}
-#endif
-
-int32_t USECASE_EXPORT(wattscope_stop)(void* handle) {
-    return stop_handle(handle);
-}
-
-#ifndef USECASE_NO_WATTSCOPE_DESTROY
-int32_t USECASE_EXPORT(wattscope_destroy)(void* handle) {
-    return destroy_handle(handle);
-}
-#endif
-
-int32_t USECASE_EXPORT(prodtest_create)(const prodtest_options* options, void** handle) {
+extern "C" int32_t USECASE_EXPORT(prodtest_create)(const prodtest_options* options, void** handle) {
     *handle = create_handle(
         "prodtest", options->input,
         "input=" + options->input + " config=" + options->config + " device=" + options->device);
     return 0;
 }
 
-int32_t USECASE_EXPORT(prodtest_run)(void* handle) {
-    return run_handle(handle);
-}
-
-#ifndef USECASE_NO_PRODTEST_STOP
-int32_t USECASE_EXPORT(prodtest_stop)(void* handle) {
-    return stop_handle(handle);
-}
+#ifndef USECASE_NO_WATTSCOPE_RUN
+HANDLE_FUNCTION(wattscope_run, run_handle)
 #endif
-
-int32_t USECASE_EXPORT(prodtest_destroy)(void* handle) {
-    return destroy_handle(handle);
-}
-
-}  // extern "C"
+HANDLE_FUNCTION(wattscope_stop, stop_handle)
+#ifndef USECASE_NO_WATTSCOPE_DESTROY
+HANDLE_FUNCTION(wattscope_destroy, destroy_handle)
+#endif
+HANDLE_FUNCTION(prodtest_run, run_handle)
+#ifndef USECASE_NO_PRODTEST_STOP
+HANDLE_FUNCTION(prodtest_stop, stop_handle)
+#endif
+HANDLE_FUNCTION(prodtest_destroy, destroy_handle)
