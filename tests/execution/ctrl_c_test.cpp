@@ -1,6 +1,6 @@
-// SIGINT sent to the whole process, as a terminal sends it. ctest runs each
-// case in a process of its own. That Ctrl+C stops the running use cases is
-// shown by a transcript; here, how the routing is put up and taken down.
+// SIGINT sent to the whole process, as a terminal sends it. That Ctrl+C
+// stops the running use cases is shown by a transcript; here, how the
+// routing is put up and taken down.
 
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -9,7 +9,6 @@
 
 #include <atomic>
 
-#include "fake_command.h"
 #include "utilities/uconsole.h"
 #include "utilities/uplatform.h"
 
@@ -27,7 +26,8 @@ std::atomic<uint32_t> routine_thread{0};
 bool counting_routine(uint32_t control_type) {
     EXPECT_EQ(control_type, VX_UTL::CTRL_C_EVENT);
     routine_thread = VX_UTL::uPlatform::current_thread_id();
-    fake::bump(routine_calls);
+    ++routine_calls;
+    routine_calls.notify_all();
     return true;
 }
 
@@ -39,7 +39,9 @@ TEST(ctrl_c, is_served_on_a_thread_of_its_own_until_the_routing_is_taken_off) {
         EXPECT_TRUE(interrupt_blocked_here());
         for (int press = 1; press <= 3; ++press) {
             ASSERT_EQ(kill(getpid(), SIGINT), 0);
-            fake::await_at_least(routine_calls, press);
+            for (int seen = routine_calls; seen < press; seen = routine_calls) {
+                routine_calls.wait(seen);
+            }
         }
         EXPECT_NE(routine_thread, VX_UTL::uPlatform::current_thread_id());
     }
