@@ -1,21 +1,27 @@
-# The probe-access folder, four levels up, joins the search before the first
-# attempt, so a library there is found. This one exports its functions only
-# under a leading underscore, and serves both use cases all the same. The
-# copy of zelno away from the build tree reaches no stand-in of its own.
+# Without the conversion library, connect with a target file says so at each
+# try, and the session stands on the target file. The probe-access folder,
+# four levels up, joins the search before the first attempt, so a use-case
+# library there is found. This one exports its functions only under a
+# leading underscore, and serves both use cases all the same. The copy of
+# zelno away from the build tree reaches no stand-in of its own.
 % program bin/zelno
 % unset LD_LIBRARY_PATH
 % cd a/b/c/d
-% file a/b/c/d/board.dat
+% file a/b/c/d/target.tgcfg
 % copy @TESTLIBS@/usecase/underscore/libwattscopestandalone.so common/dblnk/libwattscopestandalone.so
-< connect --config board.dat hosted
+< connect --config target.tgcfg hosted
+< connect --config target.tgcfg hosted
 < wattscope -o env_where_wait.csv -D 20 ws; prodtest --input ms10.txt
 % include banner
-> zelno> zelno> Stopping wattscope after 20ms
+> zelno> zelno> zelno> Stopping wattscope after 20ms
 >| zelno> 
+! Unable to load libtgcfgsetup.so
+! Unable to load libtgcfgsetup.so
+% no-file a/b/c/d/ws_board.dat
 % expect-file a/b/c/d/double_record.txt
 =~ wattscope_create 1 .*
-= LD_LIBRARY_PATH=:../../../../common/dblnk
+= LD_LIBRARY_PATH=:../../../../common/bin:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk:../../../../common/dblnk
 = library=../../../../common/dblnk/libwattscopestandalone.so
-=~ prodtest_create 2 .*
+= prodtest_create 2 input=ms10.txt config=target.tgcfg device=unused
 = wattscope_destroy 1 runs=1 stops=1 end=stopped
 = prodtest_destroy 2 runs=1 stops=0 end=self

@@ -1,20 +1,21 @@
-# With no library to be found, each command that needs one tries again and
-# says so: connect with a target file, whose session stands all the same,
-# and each use case. A parse error never tries.
+# With the use-case library nowhere, each command that needs it tries again,
+# says so, and adds the dependency folder to the search once more, as the
+# conversion library loaded afterwards sees. A parse error never tries.
 % program bin/zelno
-% unset LD_LIBRARY_PATH
+% env LD_LIBRARY_PATH=@TESTLIBS@/tgcfg/ok
+% file board.dat
 % file target.tgcfg
-< connect --config target.tgcfg hosted
-< connect --config target.tgcfg hosted
+< connect --config board.dat hosted
 < wattscope -o f.csv ws
 < wattscope -o f.csv ws; prodtest --input limits.txt
 < prodtest
+< connect --config target.tgcfg hosted
 % include banner
 >| zelno> zelno> zelno> zelno> zelno> zelno> 
-! Unable to load libtgcfgsetup.so
-! Unable to load libtgcfgsetup.so
 ! Unable to load libwattscopestandalone.so
 ! Unable to load libwattscopestandalone.so
 ! Unable to load libwattscopestandalone.so
 ! prodtest: missing option -i|--input=<config file>
-% no-file ws_board.dat
+% expect-file ws_board.dat
+= converted target.tgcfg
+= search @TESTLIBS@/tgcfg/ok:../../../../common/dblnk:../../../../common/dblnk:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk
