@@ -1,10 +1,5 @@
 #!/usr/bin/env python3
-"""Runs one transcript (see README.md beside this file) against the built zelno.
-
-Files and the environment are prepared first; the input lines are then fed
-in order, paced by sleeps, waits for output and signals. Standard output,
-standard error, the exit status and named files are compared exactly.
-"""
+"""Runs one transcript (see README.md beside this file) against the built zelno."""
 
 import os
 import re
@@ -107,30 +102,29 @@ class Transcript:
         return result
 
 
+def place(work, name):
+    """The path of `name` in the work directory, whose folders are made."""
+    path = os.path.join(work, name)
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    return path
+
+
 def prepare(t, work):
     """Makes the work directory's files; gives the zelno to run and its environment."""
     env = dict(os.environ)
     for verb, argument in t.setup:
         if verb == "env":
-            name, _, value = argument.partition("=")
-            env[name] = value
+            env.update([argument.split("=", 1)])
         elif verb == "unset":
             env.pop(argument, None)
         elif verb == "copy":
             source, _, target = argument.partition(" ")
-            target = os.path.join(work, target or os.path.basename(source))
-            os.makedirs(os.path.dirname(target), exist_ok=True)
-            shutil.copy(source, target)
+            shutil.copy(source, place(work, target or os.path.basename(source)))
         else:
-            name, content = argument
-            os.makedirs(os.path.dirname(os.path.join(work, name)), exist_ok=True)
-            with open(os.path.join(work, name), "w", encoding="utf-8") as f:
-                f.write(content.readable)
+            with open(place(work, argument[0]), "w", encoding="utf-8") as f:
+                f.write(argument[1].readable)
     zelno = os.environ["ZELNO"]
-    if t.program:
-        os.makedirs(os.path.dirname(os.path.join(work, t.program)), exist_ok=True)
-        zelno = shutil.copy(zelno, os.path.join(work, t.program))
-    return zelno, env
+    return shutil.copy(zelno, place(work, t.program)) if t.program else zelno, env
 
 
 def converse(t, process):

@@ -11,9 +11,7 @@
 % env LD_LIBRARY_PATH=/before
 < wattscope --help
 < wattscope -h --bogus -s abc
-< prodtest -h
 < prodtest --help --input
-< help wattscope prodtest
 < connect --config board.dat --device probe7 hosted
 < prodtest -h --input limits.txt
 < wattscope -o f.csv -h ws
@@ -35,11 +33,6 @@
 >| zelno> 
 % include wattscope_help
 >| zelno> 
-% include prodtest_help
->| zelno> 
-% include prodtest_help
->| zelno> 
-% include wattscope_help
 % include prodtest_help
 >| zelno> zelno> 
 % include prodtest_help
