@@ -16,13 +16,13 @@
 
 #include <dlfcn.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <regex>
 #include <string>
 
 #include "usecases/usecase_abi.h"
@@ -57,43 +57,38 @@ void record(const std::string& lines) {
     }
 }
 
-void* create_handle(const char* use_case, const std::string& name, const std::string& fields) {
-    std::string line = std::string(use_case) + "_create ";
-    handle_state probe;
-    bool null_handle = false, env = false, where = false;
-    for (std::size_t begin = 0, end = 0; begin <= name.size(); begin = end + 1) {
-        end = std::min(name.find_first_of("_.", begin), name.size());
-        const std::string word = name.substr(begin, end - begin);
-        const int number = word.size() > 2 ? std::atoi(word.c_str() + (word[0] == 'r' ? 3 : 2)) : 0;
-        null_handle |= word == "null";
-        env |= word == "env";
-        where |= word == "where";
-        probe.say |= word == "say";
-        probe.milliseconds = word == "wait"           ? -1
-                             : word.starts_with("ms") ? number
-                                                      : probe.milliseconds;
-        probe.result = word.starts_with("ret") ? number : probe.result;
+// Whether the file name holds `word`, and the number behind it (ms20: 20).
+bool has(const std::string& name, const char* word, int* number = nullptr) {
+    std::smatch found;
+    const std::regex pattern(std::string("(^|[_.])") + word + "(-?[0-9]*)([_.]|$)");
+    const bool hit =
+        std::regex_search(name, found, pattern) && (number == nullptr) == !found[2].length();
+    if (hit && number != nullptr) {
+        *number = std::stoi(found[2]);
     }
+    return hit;
+}
+
+void* create_handle(const char* use_case, const std::string& name, const std::string& fields) {
     handle_state* state = nullptr;
-    if (null_handle) {
-        line += "null";
-    } else {
+    std::string line = std::string(use_case) + "_create null " + fields;
+    if (!has(name, "null")) {
         const int id = next_id++;
         state = &handles[id % 64];
         state->id = id;
         state->use_case = use_case;
-        state->result = probe.result;
-        state->milliseconds = probe.milliseconds;
-        state->say = probe.say;
-        line += std::to_string(id);
+        state->say = has(name, "say");
+        has(name, "ret", &state->result);
+        has(name, "ms", &state->milliseconds);
+        state->milliseconds = has(name, "wait") ? -1 : state->milliseconds;
+        line.replace(line.find("null"), 4, std::to_string(id));
     }
-    line += " " + fields;
-    if (env) {
-        const char* search = std::getenv("LD_LIBRARY_PATH");
+    const char* search = std::getenv("LD_LIBRARY_PATH");
+    if (has(name, "env")) {
         line += std::string("\nLD_LIBRARY_PATH=") + (search != nullptr ? search : "");
     }
     Dl_info info{};
-    if (where && dladdr(reinterpret_cast<void*>(&record), &info) != 0) {
+    if (has(name, "where") && dladdr(reinterpret_cast<void*>(&record), &info) != 0) {
         line += std::string("\nlibrary=") + info.dli_fname;
     }
     record(line);
