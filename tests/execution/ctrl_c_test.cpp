@@ -58,19 +58,4 @@ TEST(ctrl_c, one_that_comes_just_before_the_routing_is_taken_off_is_still_served
     EXPECT_EQ(routine_calls, 1);
 }
 
-bool refusing_routine(uint32_t) {
-    return false;
-}
-
-TEST(ctrl_c_death, an_event_the_routine_refuses_takes_the_default_action) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(
-        {
-            VX_UTL::uConsoleControl control(refusing_routine);
-            kill(getpid(), SIGINT);
-            pause();
-        },
-        testing::KilledBySignal(SIGINT), "");
-}
-
 }  // namespace

@@ -30,7 +30,6 @@ void await_at_least(const std::atomic<int>& counter, int value) {
 // What happened to a fake command; outlives the command, which its owner
 // deletes.
 struct record {
-    std::atomic<int> entered_run{0};
     std::atomic<int> stops{0};
     std::atomic<int> inside_stop{0};
     std::atomic<bool> stops_overlapped{false};
@@ -58,8 +57,6 @@ class fake_command : public zelno_command {
         if (how.order != nullptr) {
             seen->start_order = ++*how.order;
         }
-        ++seen->entered_run;
-        seen->entered_run.notify_all();
         std::unique_lock<std::mutex> lock(mutex);
         const auto stopped = [this] { return stops_taken >= how.stops_needed; };
         if (how.ends_after_ms < 0) {
@@ -102,7 +99,7 @@ TEST(command_runnable, stays_running_across_stops_until_the_command_returns) {
     uThread thread(&runnable, 0, 0);
     EXPECT_EQ(runnable.status(), status_not_started);
     ASSERT_TRUE(thread.start());
-    await_at_least(seen->entered_run, 1);
+    runnable.wait_while(status_not_started);
     EXPECT_EQ(runnable.status(), status_running);
 
     runnable.stop();
