@@ -10,8 +10,6 @@
 % await zelno> 
 % signal INT
 % sleep 50
-% signal INT
-% sleep 50
 < connect --config board.dat hosted
 < prodtest --input wait.txt; wattscope -o wait_say.csv -D 60000 ws
 % await wattscope 2 running

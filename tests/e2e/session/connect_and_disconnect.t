@@ -7,6 +7,10 @@
 # disconnect with a word only prints its usage; a plain one ends the session
 # silently, also when there is none. Only ".dat" and ".tgcfg", exactly, are
 # session files; the session is recorded before that test, so it stands.
+# Each connect with a target file extends the search path by two folders and
+# converts anew into ws_board.dat, which use cases then get.
+% env LD_LIBRARY_PATH=@TESTLIBS@/tgcfg/ok
+% file target.tgcfg
 % file board.dat
 % file other.dat
 % file nodot
@@ -40,6 +44,9 @@
 < connect --config board.DAT hosted
 < connect --config target.Tgcfg hosted
 < prodtest -i h.txt
+< connect --config target.tgcfg hosted
+< connect --config target.tgcfg hosted
+< prodtest -i i.txt
 % include banner
 > zelno> zelno> zelno> zelno> zelno> zelno> usage: connect --device <device name> [--config <config file>] <prb|hosted>
 >
@@ -54,7 +61,7 @@
 > zelno> zelno> usage: connect --device <device name> [--config <config file>] <prb|hosted>
 >
 > zelno> Usage: disconnect
->| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
+>| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
 ! connect: option "--device=" requires an argument
 ! prodtest: option "" requires an argument
 ! Could not open file missing.dat
@@ -79,3 +86,8 @@
 = prodtest_destroy 4 runs=1 stops=0 end=self
 = prodtest_create 5 input=h.txt config=target.Tgcfg device=unused
 = prodtest_destroy 5 runs=1 stops=0 end=self
+= prodtest_create 6 input=i.txt config=ws_board.dat device=unused
+= prodtest_destroy 6 runs=1 stops=0 end=self
+% expect-file ws_board.dat
+= converted target.tgcfg
+= search @TESTLIBS@/tgcfg/ok:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk

@@ -3,7 +3,9 @@
 # usage, and a file named then starts the recording, emptied first. A later
 # log keeps that file, and neither creates nor empties the one it names. The
 # log line itself is not logged; every later line is, whole, empty and
-# unknown ones too.
+# unknown ones too. The argtable2 here exports its names only under a
+# leading underscore, and serves all the same.
+% env LD_LIBRARY_PATH=@TESTLIBS@/argtable_underscore
 % file first.log
 = old content
 % file other.log

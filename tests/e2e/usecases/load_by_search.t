@@ -1,18 +1,21 @@
 # Found only by the search, the library loads at the third attempt, and a
 # missing function is reported with the path of the second. The handle that
-# create gave is handed back before the error leaves (runs=0).
-% file board.dat
-% env LD_LIBRARY_PATH=@TESTLIBS@/usecase/no_wattscope_run
-< connect --config board.dat hosted
+# create gave is handed back before the error leaves (runs=0). A failed
+# conversion writes no board file and leaves the session on the target file.
+% file target.tgcfg
+% env LD_LIBRARY_PATH=@TESTLIBS@/usecase/no_wattscope_run:@TESTLIBS@/tgcfg/fails
+< connect --config target.tgcfg -d dev hosted
 < wattscope -o where.csv ws
 < prodtest --input where.txt
 % include banner
 >| zelno> zelno> zelno> zelno> 
+! Could not convert TGCFG to Board Config file.
 ! Function wattscope_run not found in wattscope/libwattscopestandalone.so
+% no-file ws_board.dat
 % expect-file double_record.txt
 =~ wattscope_create 1 .*
 = library=@TESTLIBS@/usecase/no_wattscope_run/libwattscopestandalone.so
 = wattscope_destroy 1 runs=0 stops=0 end=none
-=~ prodtest_create 2 .*
+= prodtest_create 2 input=where.txt config=target.tgcfg device=dev
 = library=@TESTLIBS@/usecase/no_wattscope_run/libwattscopestandalone.so
 = prodtest_destroy 2 runs=1 stops=0 end=self
