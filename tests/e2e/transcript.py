@@ -41,6 +41,7 @@ MARKERS = {"<": ("stdin", "\n", False), "<|": ("stdin", "", False),
            "=": ("block", "\n", False), "=~": ("block", "", True)}
 STEPS = ("sleep", "await", "signal")  # `%` directives paced between the input lines
 SETUP = ("file", "copy", "env", "unset")  # `%` directives done before zelno starts
+FILES = ("expect-file", "no-file")  # `%` directives checked after zelno ends
 
 
 class Transcript:
@@ -53,6 +54,7 @@ class Transcript:
         for number, line in enumerate(self.read_lines(path), 1):
             marker, _, rest = line.partition(" ")
             rest = self.expand(rest)
+            verb, _, argument = rest.partition(" ")
             if line == "" or line.startswith("#"):
                 block = block if line else None
             elif marker in MARKERS and (block is not None or MARKERS[marker][0] != "block"):
@@ -65,26 +67,18 @@ class Transcript:
                 block = block if target == "block" else None
             elif marker == "$":
                 self.args, block = rest.split(), None
-            elif marker == "%":
-                verb, _, argument = rest.partition(" ")
-                block = self.directive(verb, argument, f"{path}:{number}")
+            elif marker == "%" and verb in STEPS + SETUP + FILES + ("cd", "program"):
+                block = Expected() if verb in ("file", "expect-file") else None
+                if verb in STEPS:
+                    self.steps.append((verb, argument))
+                elif verb in SETUP:
+                    self.setup.append((verb, (argument, block) if block else argument))
+                elif verb in FILES:
+                    self.files.append((argument, block))
+                else:
+                    setattr(self, "cwd" if verb == "cd" else verb, argument)
             else:
                 raise SyntaxError(f"{path}:{number}: can't read {line!r}")
-
-    def directive(self, verb, argument, where):
-        """Takes one `%` directive; gives the Expected of a file block."""
-        block = Expected() if verb in ("file", "expect-file") else None
-        if verb in STEPS:
-            self.steps.append((verb, argument))
-        elif verb in SETUP:
-            self.setup.append((verb, (argument, block) if block else argument))
-        elif verb in ("expect-file", "no-file"):
-            self.files.append((argument, block))
-        elif verb in ("cd", "program"):
-            setattr(self, verb if verb == "program" else "cwd", argument)
-        else:
-            raise SyntaxError(f"{where}: unknown directive % {verb}")
-        return block
 
     def expand(self, text):
         for key, value in self.names.items():

@@ -39,14 +39,6 @@ TEST(argtable_binding, a_failed_load_is_not_remembered) {
     EXPECT_TRUE(binding.initialised);
 }
 
-arg_dbl* supplied_dbln(const char*, const char*, const char*, int, int, const char*) {
-    return nullptr;
-}
-
-arg_lit* marked_litn(const char*, const char*, int, int, const char*) {
-    return nullptr;
-}
-
 TEST(argtable_binding, a_missing_symbol_keeps_the_slots_in_front_and_the_search_resumes_there) {
     argtable_binding binding;
     binding.library_file = doubles + "/argtable_no_dbln/libargtable2.so.0";
@@ -58,12 +50,16 @@ TEST(argtable_binding, a_missing_symbol_keeps_the_slots_in_front_and_the_search_
     EXPECT_EQ(binding.arg_strn, nullptr);
 
     // Filled slots are passed over; the search goes on at the gap.
+    const auto marked_litn =
+        +[](const char*, const char*, int, int, const char*) -> arg_lit* { return nullptr; };
     binding.arg_litn = marked_litn;
     EXPECT_EQ(bind_failure(binding), refusal);
-    binding.arg_dbln = supplied_dbln;
+    binding.arg_dbln = [](const char*, const char*, const char*, int, int,
+                          const char*) -> arg_dbl* { return nullptr; };
     EXPECT_EQ(bind_failure(binding), "");
     EXPECT_TRUE(binding.initialised);
     EXPECT_EQ(binding.arg_litn, marked_litn);
+    EXPECT_NE(binding.arg_dbln, nullptr);
     EXPECT_NE(binding.arg_freetable, nullptr);
 }
 

@@ -1,18 +1,12 @@
-// A use-case library for the tests. Each command picks its behaviour
-// through the words of its file name (wattscope's output, prodtest's input),
-// separated by "_" or ".":
-//
-//   null      create gives a null handle
-//   ret<N>    run returns N (default 0)
-//   ms<N>     run lasts N ms, or until stop
-//   wait      run lasts until stop
-//   say       run writes "<use case> <handle> running" to standard output
-//   env       create records LD_LIBRARY_PATH
-//   where     create records the file the library was loaded from
-//
-// Without ms or wait, run returns at once. Every create and destroy appends
-// a line to double_record.txt in the working directory: the record's fields
-// as received, and at destroy how the handle was used.
+// A use-case library for the tests. A command picks its behaviour by words
+// in its file name (wattscope's output, prodtest's input), separated by "_"
+// or ".": "null" (create gives a null handle), "ret<N>" (run returns N),
+// "ms<N>" (run lasts N ms, or until stop), "wait" (run lasts until stop),
+// "say" (run writes "<use case> <handle> running" to standard output), "env"
+// and "where" (create records LD_LIBRARY_PATH, and the file the library was
+// loaded from). Every create and destroy appends a line to double_record.txt
+// in the working directory: the record's fields as received, and at destroy
+// how the handle was used.
 
 #include <dlfcn.h>
 

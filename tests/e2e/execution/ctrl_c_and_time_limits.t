@@ -16,7 +16,7 @@
 % signal INT
 < wattscope -o wait.csv -D 10 ws; wattscope -o wait.csv -D 25 ws; wattscope -o wait.csv -D 20 ws
 < wattscope -o ms200.csv -D -5 ws; wattscope -o ms200.csv -D 0 ws; wattscope -o ms20.csv -D 5000 ws
-< wattscope -o ms20.csv -D 100000 ws; wattscope -o wait.csv -D 100010 ws
+< wattscope -o ms1000.csv -D 100000 ws; wattscope -o wait.csv -D 100010 ws
 % include banner
 > zelno> zelno> wattscope 2 running
 > zelno> Stopping wattscope after 10ms
