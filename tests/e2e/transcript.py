@@ -81,9 +81,7 @@ class Transcript:
                 raise SyntaxError(f"{path}:{number}: can't read {line!r}")
 
     def expand(self, text):
-        for key, value in self.names.items():
-            text = text.replace("@" + key + "@", value)
-        return text
+        return re.sub(r"@(\w+)@", lambda m: self.names.get(m[1], m[0]), text)
 
     def read_lines(self, path):
         """The file's lines, each `% include NAME` replaced by include/NAME.inc."""

@@ -1,6 +1,5 @@
-// SIGINT sent to the whole process, as a terminal sends it. That Ctrl+C
-// stops the running use cases is shown by a transcript; here, how the
-// routing is put up and taken down.
+// SIGINT sent to the whole process, as a terminal sends it: how the routing
+// is put up and taken down. A transcript shows Ctrl+C stopping use cases.
 
 #include <gtest/gtest.h>
 #include <pthread.h>

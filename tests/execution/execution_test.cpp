@@ -1,6 +1,5 @@
-// The runnable and the queue where a transcript can't reach them: races
-// between stops, the order of start and destruction. The queue's timing
-// rules and Ctrl+C are shown by the transcripts.
+// Where no transcript reaches: races between stops, the order of start and
+// destruction. The timing rules and Ctrl+C are shown by transcripts.
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,8 @@
 # stops all its use cases, timed or not, without a message: the two here run
 # side by side, the second starting while the first waits for its stop. -D
 # limits a run: the queue stops it and says so, in the order of the ends.
-# A limit counts from the waits made, not a clock: a wait that comes back
-# early counts whole (else the last line would take 100 s). A run that ends
-# before its limit is not stopped, and 0 or less is no limit.
+# Limits count the waits made, not a clock: a wait that comes back early
+# counts whole (else the last line takes 100 s). 0 or less is no limit.
 % file board.dat
 % copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so wattscope/libwattscopestandalone.so
 % await zelno> 

@@ -1,9 +1,7 @@
-# connect records the file and the device that use cases get ("unused"
-# unless given; an empty one, a parse error, counts too), silently, whatever
-# the connection word. It reports parse errors and goes on to the file test,
-# so without a connection word it still connects. --help, a file that can't
-# be opened (a directory can't) and a missing --config, which it reports as
-# one with an empty name, keep the earlier session.
+# connect records the file and the device ("unused" unless given, also as
+# an empty parse error) that use cases get, silently, whatever the connection
+# word; after a parse error it goes on. --help, a file that can't be opened (a
+# directory can't) and a missing --config (an empty name) keep the session.
 # disconnect with a word only prints its usage; a plain one ends the session
 # silently, also when there is none. Only ".dat" and ".tgcfg", exactly, are
 # session files; the session is recorded before that test, so it stands.

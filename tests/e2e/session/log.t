@@ -1,10 +1,8 @@
 # log --help changes nothing. Without a file, log turns logging on with
-# nowhere to write; without --cmd it turns it on all the same, after the
-# usage, and a file named then starts the recording, emptied first. A later
-# log keeps that file, and neither creates nor empties the one it names. The
-# log line itself is not logged; every later line is, whole, empty and
-# unknown ones too. The argtable2 here exports its names only under a
-# leading underscore, and serves all the same.
+# nowhere to write; without --cmd, on all the same after the usage, and a
+# file then named starts the recording, emptied first. A later log keeps that
+# file, and neither makes nor empties the one it names. Every line after the
+# log line is logged, whole. This argtable2 exports only "_"-prefixed names.
 % env LD_LIBRARY_PATH=@TESTLIBS@/argtable_underscore
 % file first.log
 = old content

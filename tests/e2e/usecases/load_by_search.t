@@ -1,7 +1,6 @@
-# Found only by the search, the library loads at the third attempt, and a
-# missing function is reported with the path of the second. The handle that
-# create gave is handed back before the error leaves (runs=0). A failed
-# conversion writes no board file and leaves the session on the target file.
+# Found only by the search, the library loads at the third attempt; a missing
+# function names the second's path, and create's handle goes back (runs=0).
+# A failed conversion writes no board file; the session stays on the target.
 % file target.tgcfg
 % env LD_LIBRARY_PATH=@TESTLIBS@/usecase/no_wattscope_run:@TESTLIBS@/tgcfg/fails
 < connect --config target.tgcfg -d dev hosted

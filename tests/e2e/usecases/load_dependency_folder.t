@@ -1,9 +1,8 @@
-# Without the conversion library, connect with a target file says so at each
-# try, and the session stands on the target file. The probe-access folder,
-# four levels up, joins the search before the first attempt, so a use-case
-# library there is found. This one exports its functions only under a
-# leading underscore, and serves both use cases all the same. The copy of
-# zelno away from the build tree reaches no stand-in of its own.
+# This copy of zelno reaches no stand-in library. Without the conversion
+# library, connect says so at each try, and the session stands on the target
+# file. The probe-access folder, four levels up, joins the search before the
+# first attempt, so a use-case library there, which exports its functions
+# only under a leading underscore, serves both use cases.
 % program bin/zelno
 % unset LD_LIBRARY_PATH
 % cd a/b/c/d

@@ -1,7 +1,6 @@
-# The library beside the parent of the working directory wins over one in
-# wattscope/ and one on the search path, at each use case's own load. This
-# one lacks wattscope_destroy: the handle made can't be given back, and the
-# error names the path the library came from.
+# The library beside the working directory's parent wins over those in
+# wattscope/ and on the search path, at each use case's load. It lacks
+# wattscope_destroy: the handle is lost, and the error names its path.
 % cd run
 % file run/board.dat
 % copy @TESTLIBS@/usecase/no_wattscope_destroy/libwattscopestandalone.so libwattscopestandalone.so

@@ -1,7 +1,6 @@
-# Without a library beside the parent, the one in wattscope/ wins over the
-# search path. It lacks prodtest_stop, so prodtest fails each time as it is
-# made, before anything is queued, and gives its handle back; the other use
-# case of the line works. The conversion library lacks its function.
+# Without one beside the parent, the library in wattscope/ wins over the
+# search path. Lacking prodtest_stop, prodtest fails each time before anything
+# is queued, and gives its handle back. The conversion lacks its function.
 % file target.tgcfg
 % copy @TESTLIBS@/usecase/no_prodtest_stop/libwattscopestandalone.so wattscope/libwattscopestandalone.so
 % env LD_LIBRARY_PATH=@TESTLIBS@/usecase/basic:@TESTLIBS@/tgcfg/no_function

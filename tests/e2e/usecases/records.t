@@ -1,20 +1,16 @@
-# Help needs no session and wins over wrong or missing options beside it;
-# help, parse errors and a user's own --config or --device (one too many
-# beside the session's) neither load the library nor queue anything. So the
-# first create of each use case shows the one load that added the dependency
-# folder. Then what the library receives, field by field: the defaults, each
-# flag, and values as typed, which nobody checks (a negative duration is no
-# limit). Whatever run returns goes unreported; a null handle queues nothing,
+# Help (which needs no session and wins over wrong options), parse errors
+# and a user's own --config or --device (one too many beside the session's)
+# load nothing: the first create of each use case shows the one load that
+# added the dependency folder. Then what the library receives, field by
+# field, as typed; run results go unreported; a null handle queues nothing,
 # silently, and the next command of the line still runs.
 % file board.dat
 % copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so wattscope/libwattscopestandalone.so
 % env LD_LIBRARY_PATH=/before
-< wattscope --help
-< wattscope -h --bogus -s abc
+< wattscope --help; wattscope -h --bogus -s abc
 < prodtest --help --input
 < connect --config board.dat --device probe7 hosted
-< prodtest -h --input limits.txt
-< wattscope -o f.csv -h ws
+< prodtest -h --input limits.txt; wattscope -o f.csv -h ws
 < wattscope -o f.csv
 < wattscope ws
 < wattscope -o f.csv -s abc ws
@@ -30,13 +26,11 @@
 % include banner
 >| zelno> 
 % include wattscope_help
->| zelno> 
 % include wattscope_help
 >| zelno> 
 % include prodtest_help
 >| zelno> zelno> 
 % include prodtest_help
->| zelno> 
 % include wattscope_help
 >| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
 ! wattscope: missing option <ws|ws+>
