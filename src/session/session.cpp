@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "options/argtable_table.h"
+#include "utilities/ufile.h"
 
 bool session_connected = false;
 
@@ -48,7 +49,7 @@ void connect_command(argument_list& args, command_queue&) {
     // The connection type must be there for the parse, and means nothing
     // after it.
     const char* config_file = config->sval[0];
-    std::FILE* file = std::fopen(config_file, "r");
+    std::FILE* file = VX_UTL::open_file_for_reading(config_file);
     if (file == nullptr) {
         std::cerr << "Could not open file " << config_file << std::endl;
         return;

@@ -35,6 +35,10 @@ class uFile {
     uMutex file_lock;
 };
 
+// fopen(name, "r"), but a directory is refused: Windows fails to open one,
+// POSIX opens it. For callers that only test whether a file is there to read.
+std::FILE* open_file_for_reading(const char* name);
+
 // The platform's debug channel: syslog at debug priority on POSIX,
 // OutputDebugStringA on Windows. Whether anyone listens is not known.
 namespace uDebugChannel {

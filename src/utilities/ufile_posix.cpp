@@ -1,3 +1,4 @@
+#include <sys/stat.h>
 #include <syslog.h>
 
 #include "utilities/ufile.h"
@@ -45,6 +46,16 @@ bool uFile::flush() {
         return false;
     }
     return std::fflush(stream) == 0;
+}
+
+std::FILE* open_file_for_reading(const char* name) {
+    std::FILE* file = std::fopen(name, "r");
+    struct stat status {};
+    if (file != nullptr && fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode)) {
+        std::fclose(file);
+        return nullptr;
+    }
+    return file;
 }
 
 namespace uDebugChannel {

@@ -1,11 +1,5 @@
 #!/usr/bin/env python3
-"""Runs one transcript against the built zelno and compares its output exactly.
-
-A transcript is a text file of directives, one a line (see README.md beside
-this file). Input is fed to zelno's standard input in order, with pauses,
-waits and signals between lines; standard output, standard error, the exit
-status and named files are then compared with what the transcript expects.
-"""
+"""Runs one transcript (see README.md beside this file) against the built zelno."""
 
 import os
 import re
@@ -17,274 +11,183 @@ import tempfile
 import threading
 import time
 
+HERE = os.path.dirname(os.path.abspath(__file__))
+TIMEOUT = 60.0
+
 
 def unescape(text):
-    out = []
-    i = 0
-    while i < len(text):
-        c = text[i]
-        if c == "\\" and i + 1 < len(text):
-            n = text[i + 1]
-            if n == "t":
-                out.append("\t"); i += 2; continue
-            if n == "r":
-                out.append("\r"); i += 2; continue
-            if n == "\\":
-                out.append("\\"); i += 2; continue
-            if n == "x" and i + 3 < len(text) + 1:
-                out.append(chr(int(text[i + 2:i + 4], 16))); i += 4; continue
-        out.append(c)
-        i += 1
-    return "".join(out)
+    return re.sub(r"\\(x[0-9a-fA-F]{2}|[tr\\])", lambda m: chr(int(m[1][1:], 16)) if m[1][0] == "x"
+                  else {"t": "\t", "r": "\r", "\\": "\\"}[m[1]], text)
 
 
-class Expectation:
-    """The expected text of one stream: literal pieces and regex lines."""
+class Expected:
+    """Literal text and regular expressions that each match whole lines."""
 
     def __init__(self):
-        self.pieces = []  # (kind, text): kind is "text" or "regex"
+        self.pattern, self.readable = "", ""
 
-    def add_text(self, text):
-        self.pieces.append(("text", text))
-
-    def add_regex(self, pattern):
-        self.pieces.append(("regex", pattern))
-
-    def pattern(self):
-        parts = []
-        for kind, text in self.pieces:
-            parts.append(re.escape(text) if kind == "text" else "(?:" + text + ")\n")
-        return "".join(parts)
-
-    def readable(self):
-        return "".join(t if k == "text" else "~" + t + "\n" for k, t in self.pieces)
+    def add(self, text, is_regex):
+        self.pattern += "(?:" + text + ")\n" if is_regex else re.escape(text)
+        self.readable += "~" + text + "\n" if is_regex else text
 
     def matches(self, actual):
-        return re.fullmatch(self.pattern(), actual, re.DOTALL) is not None
+        return re.fullmatch(self.pattern, actual, re.DOTALL) is not None
+
+
+# Line markers: what the text is for, its line end, whether it is a regex.
+MARKERS = {"<": ("stdin", "\n", False), "<|": ("stdin", "", False),
+           ">": ("stdout", "\n", False), ">|": ("stdout", "", False), ">~": ("stdout", "", True),
+           "!": ("stderr", "\n", False), "!|": ("stderr", "", False),
+           "=": ("block", "\n", False), "=~": ("block", "", True)}
+STEPS = ("sleep", "await", "signal")  # `%` directives paced between the input lines
+SETUP = ("file", "copy", "env", "unset")  # `%` directives done before zelno starts
+FILES = ("expect-file", "no-file")  # `%` directives checked after zelno ends
 
 
 class Transcript:
-    def __init__(self, path, env):
-        self.path = path
-        self.env = env
-        self.args = []
-        self.steps = []  # input actions, in order
-        self.stdout = Expectation()
-        self.stderr = Expectation()
-        self.files = []  # (name, Expectation)
-        self.setup = []  # (action, *args) run before zelno starts
-        self.status = 0
-        self.timeout = 60.0
-        self.cwd = "."
-        self.program = None  # zelno to run, relative to the work directory
+    def __init__(self, path, names):
+        self.names = names
+        self.args, self.steps, self.setup, self.files = [], [], [], []
+        self.expected = {"stdout": Expected(), "stderr": Expected()}
+        self.cwd, self.program = ".", None
+        block = None  # the Expected of the file that "=" lines fill
+        for number, line in enumerate(self.read_lines(path), 1):
+            marker, _, rest = line.partition(" ")
+            rest = self.expand(rest)
+            verb, _, argument = rest.partition(" ")
+            if line == "" or line.startswith("#"):
+                block = block if line else None
+            elif marker in MARKERS and (block is not None or MARKERS[marker][0] != "block"):
+                target, ending, is_regex = MARKERS[marker]
+                text = rest if is_regex else unescape(rest) + ending
+                if target == "stdin":
+                    self.steps.append(("write", text))
+                else:
+                    (block if target == "block" else self.expected[target]).add(text, is_regex)
+                block = block if target == "block" else None
+            elif marker == "$":
+                self.args, block = rest.split(), None
+            elif marker == "%" and verb in STEPS + SETUP + FILES + ("cd", "program"):
+                block = Expected() if verb in ("file", "expect-file") else None
+                if verb in STEPS:
+                    self.steps.append((verb, argument))
+                elif verb in SETUP:
+                    self.setup.append((verb, (argument, block) if block else argument))
+                elif verb in FILES:
+                    self.files.append((argument, block))
+                else:
+                    setattr(self, "cwd" if verb == "cd" else verb, argument)
+            else:
+                raise SyntaxError(f"{path}:{number}: can't read {line!r}")
 
     def expand(self, text):
-        for key, value in self.env.items():
-            text = text.replace("@" + key + "@", value)
-        return text
+        return re.sub(r"@(\w+)@", lambda m: self.names.get(m[1], m[0]), text)
 
     def read_lines(self, path):
-        """The file's lines, with each `% include NAME` replaced by the lines
-        of include/NAME.inc beside this script."""
-        lines = open(path, encoding="utf-8").read().split("\n")
-        if lines and lines[-1] == "":
-            lines.pop()
+        """The file's lines, each `% include NAME` replaced by include/NAME.inc."""
         result = []
-        for line in lines:
+        for line in open(path, encoding="utf-8").read().removesuffix("\n").split("\n"):
             if line.startswith("% include "):
-                name = line[len("% include "):].strip()
-                here = os.path.dirname(os.path.abspath(__file__))
-                result.extend(self.read_lines(os.path.join(here, "include", name + ".inc")))
+                result += self.read_lines(os.path.join(HERE, "include", line[10:].strip() + ".inc"))
             else:
                 result.append(line)
         return result
 
-    def parse(self):
-        lines = self.read_lines(self.path)
-        current_file = None
-        for number, line in enumerate(lines, 1):
-            if line.startswith("#") or line == "":
-                current_file = None if line == "" else current_file
-                continue
-            marker, _, rest = line.partition(" ")
-            if marker == "=":
-                if current_file is None:
-                    raise SyntaxError(f"{self.path}:{number}: '=' line outside a file block")
-                current_file[1].add_text(unescape(self.expand(rest)) + "\n")
-                continue
-            if marker == "=~":
-                current_file[1].add_regex(self.expand(rest))
-                continue
-            current_file = None
-            if marker == "$":
-                self.args = [self.expand(a) for a in rest.split()] if rest else []
-            elif marker == "<":
-                self.steps.append(("write", unescape(self.expand(rest)) + "\n"))
-            elif marker == "<|":
-                self.steps.append(("write", unescape(self.expand(rest))))
-            elif marker == ">":
-                self.stdout.add_text(unescape(self.expand(rest)) + "\n")
-            elif marker == ">|":
-                self.stdout.add_text(unescape(self.expand(rest)))
-            elif marker == ">~":
-                self.stdout.add_regex(self.expand(rest))
-            elif marker == "!":
-                self.stderr.add_text(unescape(self.expand(rest)) + "\n")
-            elif marker == "!|":
-                self.stderr.add_text(unescape(self.expand(rest)))
-            elif marker == "!~":
-                self.stderr.add_regex(self.expand(rest))
-            elif marker == "%":
-                words = rest.split(" ", 1)
-                verb = words[0]
-                arg = self.expand(words[1]) if len(words) > 1 else ""
-                if verb in ("sleep", "signal", "await", "close"):
-                    self.steps.append((verb, arg))
-                elif verb == "file":
-                    current_file = (arg, Expectation())
-                    self.setup.append(("file", current_file))
-                elif verb == "expect-file":
-                    current_file = (arg, Expectation())
-                    self.files.append(current_file)
-                elif verb == "no-file":
-                    self.files.append((arg, None))
-                elif verb in ("env", "copy", "mkdir", "unset"):
-                    self.setup.append((verb, arg))
-                elif verb == "cd":
-                    self.cwd = arg
-                elif verb == "program":
-                    self.program = arg
-                elif verb == "status":
-                    self.status = int(arg)
-                elif verb == "timeout":
-                    self.timeout = float(arg)
-                else:
-                    raise SyntaxError(f"{self.path}:{number}: unknown directive % {verb}")
-            else:
-                raise SyntaxError(f"{self.path}:{number}: unknown marker {marker!r}")
+
+def place(work, name):
+    """The path of `name` in the work directory, whose folders are made."""
+    path = os.path.join(work, name)
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    return path
 
 
-def run(transcript_path):
-    work = tempfile.mkdtemp(prefix="zelno-e2e-")
-    env_names = {
-        "WORK": work,
-        "BUILD": os.environ["ZELNO_BUILD_DIR"],
-        "SOURCE": os.environ["ZELNO_SOURCE_DIR"],
-        "TESTLIBS": os.environ.get("ZELNO_TEST_LIBRARY_DIR", ""),
-    }
-    t = Transcript(transcript_path, env_names)
-    t.parse()
-    process_env = dict(os.environ)
-    for action, arg in t.setup:
-        if action == "env":
-            name, _, value = arg.partition("=")
-            process_env[name] = value
-        elif action == "unset":
-            process_env.pop(arg, None)
-        elif action == "mkdir":
-            os.makedirs(os.path.join(work, arg), exist_ok=True)
-        elif action == "copy":
-            source, _, target = arg.partition(" ")
-            if not os.path.isabs(source):
-                source = os.path.join(env_names["SOURCE"], "tests", "data", source)
-            target = os.path.join(work, target or os.path.basename(source))
-            os.makedirs(os.path.dirname(target), exist_ok=True)
-            shutil.copy(source, target)
-        elif action == "file":
-            name, content = arg
-            target = os.path.join(work, name)
-            os.makedirs(os.path.dirname(target), exist_ok=True)
-            with open(target, "w", encoding="utf-8") as f:
-                f.write("".join(text for _, text in content.pieces))
-
+def prepare(t, work):
+    """Makes the work directory's files; gives the zelno to run and its environment."""
+    env = dict(os.environ)
+    for verb, argument in t.setup:
+        if verb == "env":
+            env.update([argument.split("=", 1)])
+        elif verb == "unset":
+            env.pop(argument, None)
+        elif verb == "copy":
+            source, _, target = argument.partition(" ")
+            shutil.copy(source, place(work, target or os.path.basename(source)))
+        else:
+            with open(place(work, argument[0]), "w", encoding="utf-8") as f:
+                f.write(argument[1].readable)
     zelno = os.environ["ZELNO"]
-    if t.program:
-        zelno = os.path.join(work, t.program)
-        if not os.path.exists(zelno):
-            os.makedirs(os.path.dirname(zelno), exist_ok=True)
-            shutil.copy(os.environ["ZELNO"], zelno)
-    process = subprocess.Popen([zelno] + t.args, cwd=os.path.join(work, t.cwd),
-                               stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                               stderr=subprocess.PIPE, env=process_env)
-    collected = {"out": b"", "err": b""}
-    lock = threading.Condition()
+    return shutil.copy(zelno, place(work, t.program)) if t.program else zelno, env
 
-    def reader(stream, key):
-        while True:
-            chunk = os.read(stream.fileno(), 65536)
-            if not chunk:
-                break
-            with lock:
-                collected[key] += chunk
-                lock.notify_all()
 
-    readers = [threading.Thread(target=reader, args=(process.stdout, "out")),
-               threading.Thread(target=reader, args=(process.stderr, "err"))]
+def converse(t, process):
+    """Feeds the input steps; gives zelno's output and a failure, if any."""
+    output = {"stdout": b"", "stderr": b""}
+    arrived = threading.Condition()
+
+    def read(key):
+        for chunk in iter(lambda: os.read(getattr(process, key).fileno(), 65536), b""):
+            with arrived:
+                output[key] += chunk
+                arrived.notify_all()
+
+    readers = [threading.Thread(target=read, args=(key,)) for key in output]
     for r in readers:
         r.start()
-    deadline = time.monotonic() + t.timeout
-    failure = None
+    deadline, failure = time.monotonic() + TIMEOUT, None
     try:
-        for verb, arg in t.steps:
+        for verb, argument in t.steps:
             if verb == "write":
-                process.stdin.write(arg.encode("latin-1"))
+                process.stdin.write(argument.encode("latin-1"))
                 process.stdin.flush()
             elif verb == "sleep":
-                time.sleep(float(arg) / 1000.0)
+                time.sleep(float(argument) / 1000.0)
             elif verb == "signal":
-                process.send_signal(getattr(signal, "SIG" + arg))
-            elif verb == "close":
-                process.stdin.close()
-            elif verb == "await":
-                wanted = unescape(arg).encode("latin-1")
-                with lock:
-                    while wanted not in collected["out"] + collected["err"]:
-                        left = deadline - time.monotonic()
-                        if left <= 0:
-                            failure = f"timed out awaiting {arg!r}"
-                            break
-                        lock.wait(left)
-                if failure:
-                    break
-        if not process.stdin.closed:
-            process.stdin.close()
+                process.send_signal(getattr(signal, "SIG" + argument))
+            else:
+                wanted = unescape(argument).encode("latin-1")
+                with arrived:
+                    if not arrived.wait_for(lambda: wanted in output["stdout"] + output["stderr"],
+                                            deadline - time.monotonic()):
+                        failure = f"timed out awaiting {argument!r}"
+                        break
+        process.stdin.close()
     except BrokenPipeError:
         pass
     try:
-        status = process.wait(timeout=max(0.1, deadline - time.monotonic()))
+        process.wait(timeout=max(0.1, deadline - time.monotonic()))
     except subprocess.TimeoutExpired:
         process.kill()
-        status = process.wait()
-        failure = failure or f"zelno did not end within {t.timeout} s"
+        process.wait()
+        failure = failure or f"zelno did not end within {TIMEOUT} s"
     for r in readers:
         r.join()
+    return {key: value.decode("latin-1") for key, value in output.items()}, failure
 
-    out = collected["out"].decode("latin-1")
-    err = collected["err"].decode("latin-1")
-    problems = []
-    if failure:
-        problems.append(failure)
-    if status != t.status:
-        problems.append(f"exit status {status}, expected {t.status}")
-    for name, stream, actual in (("stdout", t.stdout, out), ("stderr", t.stderr, err)):
-        if not stream.matches(actual):
-            problems.append(f"{name} differs\n--- expected\n{stream.readable()}\n--- actual\n{actual}\n---")
+
+def run(path):
+    work = tempfile.mkdtemp(prefix="zelno-e2e-")
+    t = Transcript(path, {"SOURCE": os.environ["ZELNO_SOURCE_DIR"],
+                          "TESTLIBS": os.environ.get("ZELNO_TEST_LIBRARY_DIR", "")})
+    zelno, env = prepare(t, work)
+    process = subprocess.Popen([zelno] + t.args, cwd=os.path.join(work, t.cwd), env=env,
+                               stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                               stderr=subprocess.PIPE)
+    output, failure = converse(t, process)
+    problems = [failure] if failure else []
+    if process.returncode != 0:
+        problems.append(f"exit status {process.returncode}, expected 0")
+    checks = [(name, expected, output[name]) for name, expected in t.expected.items()]
     for name, expected in t.files:
-        path = os.path.join(work, name)
-        if expected is None:
-            if os.path.exists(path):
-                problems.append(f"file {name} exists, expected none")
-            continue
-        if not os.path.exists(path):
-            problems.append(f"file {name} missing")
-            continue
-        actual = open(path, encoding="latin-1").read()
-        if not expected.matches(actual):
-            problems.append(f"file {name} differs\n--- expected\n{expected.readable()}\n--- actual\n{actual}\n---")
+        exists = os.path.exists(os.path.join(work, name))
+        if exists != (expected is not None):
+            problems.append(f"file {name} " + ("exists, expected none" if exists else "missing"))
+        elif exists:
+            checks.append((f"file {name}", expected,
+                           open(os.path.join(work, name), encoding="latin-1").read()))
+    problems += [f"{name} differs\n--- expected\n{expected.readable}\n--- actual\n{actual}\n---"
+                 for name, expected, actual in checks if not expected.matches(actual)]
     if problems:
-        print(f"{transcript_path}: FAILED (work directory kept: {work})")
-        for p in problems:
-            print(p)
+        print(f"{path}: FAILED (work directory kept: {work})\n" + "\n".join(problems))
         return 1
     shutil.rmtree(work, ignore_errors=True)
     return 0

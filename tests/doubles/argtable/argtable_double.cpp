@@ -1,7 +1,6 @@
 // argtable2 as the binding may meet it. "underscore" exports every name only
 // with a leading underscore. "no_dbln" lacks arg_dbln and exports arg_intn
-// only as _arg_intn, so the slots in front of the gap mix both forms. Both
-// name themselves through zelno_argtable_double.
+// only as _arg_intn, so the slots in front of the gap mix both forms.
 
 #include <argtable2.h>
 #include <dlfcn.h>
@@ -37,10 +36,6 @@ Function real(const char* name) {
     (const char* shortopts, const char* longopts, const char* datatype, int mincount, \
      int maxcount, const char* glossary)
 #define OPTION_ARGUMENTS (shortopts, longopts, datatype, mincount, maxcount, glossary)
-
-extern "C" const char* zelno_argtable_double() {
-    return ARGTABLE_VARIANT;
-}
 
 FORWARD(EXPORTED(arg_parse), arg_parse, int, (int argc, char** argv, void** argtable),
         (argc, argv, argtable))

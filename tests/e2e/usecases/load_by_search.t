@@ -1,19 +1,20 @@
-# Found only by the search, the library loads at the third attempt, and a
-# missing function is reported with the path of the second. The handle that
-# create gave is handed back before the error leaves (runs=0).
-% file board.dat
-= board
-% env LD_LIBRARY_PATH=@TESTLIBS@/usecase/no_wattscope_run
-< connect --config board.dat hosted
+# Found only by the search, the library loads at the third attempt; a missing
+# function names the second's path, and create's handle goes back (runs=0).
+# A failed conversion writes no board file; the session stays on the target.
+% file target.tgcfg
+% env LD_LIBRARY_PATH=@TESTLIBS@/usecase/no_wattscope_run:@TESTLIBS@/tgcfg/fails
+< connect --config target.tgcfg -d dev hosted
 < wattscope -o where.csv ws
 < prodtest --input where.txt
 % include banner
 >| zelno> zelno> zelno> zelno> 
+! Could not convert TGCFG to Board Config file.
 ! Function wattscope_run not found in wattscope/libwattscopestandalone.so
+% no-file ws_board.dat
 % expect-file double_record.txt
-=~ .*
+=~ wattscope_create 1 .*
 = library=@TESTLIBS@/usecase/no_wattscope_run/libwattscopestandalone.so
 = wattscope_destroy 1 runs=0 stops=0 end=none
-=~ .*
+= prodtest_create 2 input=where.txt config=target.tgcfg device=dev
 = library=@TESTLIBS@/usecase/no_wattscope_run/libwattscopestandalone.so
 = prodtest_destroy 2 runs=1 stops=0 end=self

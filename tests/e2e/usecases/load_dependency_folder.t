@@ -1,19 +1,26 @@
-# The probe-access folder, four levels up, is added to the search before the
-# first attempt, so a library there is found by the search. The copy of zelno
-# away from the build tree reaches no stand-in library of its own.
+# This copy of zelno reaches no stand-in library. Without the conversion
+# library, connect says so at each try, and the session stands on the target
+# file. The probe-access folder, four levels up, joins the search before the
+# first attempt, so a use-case library there, which exports its functions
+# only under a leading underscore, serves both use cases.
 % program bin/zelno
 % unset LD_LIBRARY_PATH
-% mkdir a/b/c/d
 % cd a/b/c/d
-% file a/b/c/d/board.dat
-= board
-% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so common/dblnk/libwattscopestandalone.so
-< connect --config board.dat hosted
-< wattscope -o env_where.csv ws
+% file a/b/c/d/target.tgcfg
+% copy @TESTLIBS@/usecase/underscore/libwattscopestandalone.so common/dblnk/libwattscopestandalone.so
+< connect --config target.tgcfg hosted
+< connect --config target.tgcfg hosted
+< wattscope -o env_where_wait.csv -D 20 ws; prodtest --input ms10.txt
 % include banner
->| zelno> zelno> zelno> 
+> zelno> zelno> zelno> Stopping wattscope after 20ms
+>| zelno> 
+! Unable to load libtgcfgsetup.so
+! Unable to load libtgcfgsetup.so
+% no-file a/b/c/d/ws_board.dat
 % expect-file a/b/c/d/double_record.txt
-=~ .*
-= LD_LIBRARY_PATH=:../../../../common/dblnk
+=~ wattscope_create 1 .*
+= LD_LIBRARY_PATH=:../../../../common/bin:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk:../../../../common/dblnk
 = library=../../../../common/dblnk/libwattscopestandalone.so
-=~ .*
+= prodtest_create 2 input=ms10.txt config=target.tgcfg device=unused
+= wattscope_destroy 1 runs=1 stops=1 end=stopped
+= prodtest_destroy 2 runs=1 stops=0 end=self

@@ -1,19 +1,19 @@
-# The library beside the parent of the working directory wins over one in
-# wattscope/ and one on the search path; prodtest's own load takes the same.
-% mkdir run
+# The library beside the working directory's parent wins over those in
+# wattscope/ and on the search path, at each use case's load. It lacks
+# wattscope_destroy: the handle is lost, and the error names its path.
 % cd run
 % file run/board.dat
-= board
-% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so libwattscopestandalone.so
-% copy @TESTLIBS@/usecase/underscore/libwattscopestandalone.so run/wattscope/libwattscopestandalone.so
-% env LD_LIBRARY_PATH=@TESTLIBS@/usecase/underscore
+% copy @TESTLIBS@/usecase/no_wattscope_destroy/libwattscopestandalone.so libwattscopestandalone.so
+% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so run/wattscope/libwattscopestandalone.so
+% env LD_LIBRARY_PATH=@TESTLIBS@/usecase/basic
 < connect --config board.dat hosted
 < wattscope -o where.csv ws; prodtest --input where.txt
 % include banner
 >| zelno> zelno> zelno> 
+! Function wattscope_destroy not found in ../libwattscopestandalone.so
 % expect-file run/double_record.txt
-=~ .*
+=~ wattscope_create 1 .*
 = library=../libwattscopestandalone.so
-=~ .*
+=~ prodtest_create 2 .*
 = library=../libwattscopestandalone.so
-=~ .*
+= prodtest_destroy 2 runs=1 stops=0 end=self

@@ -1,0 +1,60 @@
+# Help (which needs no session and wins over wrong options), parse errors
+# and a user's own --config or --device (one too many beside the session's)
+# load nothing: the first create of each use case shows the one load that
+# added the dependency folder. Then what the library receives, field by
+# field, as typed; run results go unreported; a null handle queues nothing,
+# silently, and the next command of the line still runs.
+% file board.dat
+% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so wattscope/libwattscopestandalone.so
+% env LD_LIBRARY_PATH=/before
+< wattscope --help; wattscope -h --bogus -s abc
+< prodtest --help --input
+< connect --config board.dat --device probe7 hosted
+< prodtest -h --input limits.txt; wattscope -o f.csv -h ws
+< wattscope -o f.csv
+< wattscope ws
+< wattscope -o f.csv -s abc ws
+< prodtest
+< wattscope -o f.csv --config other.dat ws
+< wattscope -o f.csv -d mine ws
+< prodtest --input limits.txt -c other.dat
+< prodtest --input limits.txt --device mine
+< wattscope -o env.csv ws; prodtest --input env.txt
+< wattscope -o ret1.csv --trig ws; wattscope --saveall -o ret-1.csv ws
+< wattscope -s 500 --maxoutsize 7 -f gnuplot -r mid -D -5 --output "my file.csv" ws+
+< wattscope -o null.csv ws; prodtest --input null.txt; prodtest -i ret2.txt
+% include banner
+>| zelno> 
+% include wattscope_help
+% include wattscope_help
+>| zelno> 
+% include prodtest_help
+>| zelno> zelno> 
+% include prodtest_help
+% include wattscope_help
+>| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
+! wattscope: missing option <ws|ws+>
+! wattscope: missing option -o|--output=<output>
+! wattscope: invalid argument "abc" to option -s|--sampfreq=<int>
+! prodtest: missing option -i|--input=<config file>
+! wattscope: excess option -c|--config=board.dat
+! wattscope: excess option -d|--device=probe7
+! prodtest: excess option -c|--config=board.dat
+! prodtest: excess option -d|--device=probe7
+% expect-file double_record.txt
+= wattscope_create 1 sampfreq=2000 output=env.csv format=csv trace_mode=ws config=board.dat device=probe7 maxoutsize=1024 range=lo duration=0 trig=0 saveall=0 shared_slot=empty
+= LD_LIBRARY_PATH=/before:../../../../common/dblnk
+= prodtest_create 2 input=env.txt config=board.dat device=probe7
+= LD_LIBRARY_PATH=/before:../../../../common/dblnk:../../../../common/dblnk
+= wattscope_destroy 1 runs=1 stops=0 end=self
+= prodtest_destroy 2 runs=1 stops=0 end=self
+= wattscope_create 3 sampfreq=2000 output=ret1.csv format=csv trace_mode=ws config=board.dat device=probe7 maxoutsize=1024 range=lo duration=0 trig=1 saveall=0 shared_slot=empty
+= wattscope_create 4 sampfreq=2000 output=ret-1.csv format=csv trace_mode=ws config=board.dat device=probe7 maxoutsize=1024 range=lo duration=0 trig=0 saveall=1 shared_slot=empty
+= wattscope_destroy 3 runs=1 stops=0 end=self
+= wattscope_destroy 4 runs=1 stops=0 end=self
+= wattscope_create 5 sampfreq=500 output=my file.csv format=gnuplot trace_mode=ws+ config=board.dat device=probe7 maxoutsize=7 range=mid duration=-5 trig=0 saveall=0 shared_slot=empty
+= wattscope_destroy 5 runs=1 stops=0 end=self
+=~ wattscope_create null .*
+= prodtest_create null input=null.txt config=board.dat device=probe7
+= prodtest_create 6 input=ret2.txt config=board.dat device=probe7
+= prodtest_destroy 6 runs=1 stops=0 end=self
