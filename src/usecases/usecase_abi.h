@@ -62,3 +62,28 @@ using prodtest_run_fn = int32_t (*)(void* handle);
 using prodtest_stop_fn = int32_t (*)(void* handle);
 using prodtest_destroy_fn = int32_t (*)(void* handle);
 }
+
+// Optional exports `wattscope_progress` and `prodtest_progress` (same name
+// rule as above): a snapshot of a running use case for zelno's status line.
+// zelno sets `size`; the library fills what it knows and sets the matching
+// bits in `fields`. They are called from another thread than run, between
+// create and destroy. A library without them still works: zelno then shows
+// elapsed times only.
+enum usecase_progress_field : uint32_t {
+    progress_samples = 1u << 0,
+    progress_mean_current = 1u << 1,
+    progress_energy = 1u << 2,
+};
+
+struct usecase_progress {
+    uint32_t size;          // sizeof(usecase_progress), set by zelno.
+    uint32_t fields;        // usecase_progress_field bits, set by the library.
+    uint64_t samples;       // Samples taken so far.
+    double mean_current_a;  // Mean current so far, amperes.
+    double energy_j;        // Energy so far, joules.
+};
+static_assert(sizeof(usecase_progress) == 32);
+
+extern "C" {
+using usecase_progress_fn = int32_t (*)(void* handle, usecase_progress* progress);
+}
