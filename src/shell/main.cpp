@@ -1,5 +1,8 @@
 #include "shell/shell.h"
 
 int main(int argc, char** argv) {
+    if (is_script_mode(argc, argv)) {
+        return run_script(argv[2]);
+    }
     return argc < 2 ? run_interactive() : run_option_mode(argc, argv);
 }
