@@ -89,7 +89,7 @@ exit_status command_queue::wait_all() {
         if (running == 0) {
             break;
         }
-        if (observer != nullptr) {
+        if (observer != nullptr && (chosen != nullptr || first_untimed != nullptr)) {
             // Waits are cut to the observer's period; the limits still count
             // from the sum of the waits, so each stop lands where it did.
             report_running();

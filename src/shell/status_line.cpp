@@ -63,6 +63,10 @@ std::string describe_run(std::string_view name, int64_t elapsed_ms, int32_t limi
 }
 
 void status_line::update(const std::vector<running_use_case>& running) {
+    if (running.empty()) {
+        quiet();
+        return;
+    }
     const auto now = std::chrono::steady_clock::now();
     if (!active) {
         active = true;

@@ -115,7 +115,8 @@ unsigned char uLineEditor::platform_state::complete(EditLine* editor, int) {
     el_get(editor, EL_GETFP, 1, &out);
     std::fputc('\n', out);
     for (const std::string& word : found.words) {
-        std::fprintf(out, "%s  ", word.c_str());
+        const std::size_t shown = word.back() == ' ' ? word.size() - 1 : word.size();
+        std::fprintf(out, "%.*s  ", static_cast<int>(shown), word.c_str());
     }
     std::fputc('\n', out);
     return CC_REDISPLAY;
