@@ -52,13 +52,6 @@ class line_source {
         std::cerr << too_long << std::endl;
         return read_result::skipped;
     }
-
-    static void drop_carriage_return(char* line) {
-        const std::size_t length = std::strlen(line);
-        if (length > 0 && line[length - 1] == '\r') {
-            line[length - 1] = '\0';
-        }
-    }
 };
 
 class stream_source : public line_source {
@@ -88,11 +81,19 @@ class stream_source : public line_source {
                 return read_result::line;
             }
         }
+        const read_result result = too_long_line(line);
         in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-        return too_long_line(line);
+        return result;
     }
 
   private:
+    static void drop_carriage_return(char* line) {
+        const std::size_t length = std::strlen(line);
+        if (length > 0 && line[length - 1] == '\r') {
+            line[length - 1] = '\0';
+        }
+    }
+
     std::istream& in;
     bool prompting;
 };
