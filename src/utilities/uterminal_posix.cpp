@@ -143,10 +143,12 @@ uLineEditor::uLineEditor(std::string history_file, completer complete)
     // While a line is edited Ctrl+C is a key, so no signal reaches the
     // queue for nothing; after the line the terminal gets its signals back.
     el_set(editor, EL_SETTY, "-d", "-isig", nullptr);
-    el_set(editor, EL_ADDFN, "zelno-clear-line", "Clear the line", &platform_state::clear_line);
-    el_set(editor, EL_BIND, "^C", "zelno-clear-line", nullptr);
-    el_set(editor, EL_ADDFN, "zelno-complete", "Complete the word", &platform_state::complete);
-    el_set(editor, EL_BIND, "^I", "zelno-complete", nullptr);
+    // The wide calls keep the literals; the narrow ones copy the names and
+    // never free the copies.
+    el_wset(editor, EL_ADDFN, L"zelno-clear-line", L"Clear the line", &platform_state::clear_line);
+    el_wset(editor, EL_BIND, L"^C", L"zelno-clear-line", nullptr);
+    el_wset(editor, EL_ADDFN, L"zelno-complete", L"Complete the word", &platform_state::complete);
+    el_wset(editor, EL_BIND, L"^I", L"zelno-complete", nullptr);
 }
 
 uLineEditor::~uLineEditor() {
