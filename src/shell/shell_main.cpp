@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <limits>
@@ -8,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "execution/command_queue.h"
 #include "shell/commands.h"
@@ -56,15 +58,21 @@ class line_source {
 
 class stream_source : public line_source {
   public:
-    stream_source(std::istream& stream, bool prompts) : in(stream), prompting(prompts) {}
+    // A script has no prompts, and its last line runs without a line feed
+    // too: a CI job must not pass for want of one.
+    stream_source(std::istream& stream, bool script) : in(stream), is_script(script) {}
 
     // The shell ends at end of input and at any read failure other than an
     // over-long line.
     read_result read(char (&line)[line_buffer_size]) override {
-        if (prompting) {
+        if (!is_script) {
             std::cout << prompt;
         }
         in.getline(line, line_buffer_size, '\n');
+        if (is_script && in.eof() && !in.bad() && line[0] != '\0') {
+            drop_carriage_return(line);
+            return read_result::line;
+        }
         if (in.eof() || in.bad()) {
             return read_result::end;
         }
@@ -95,7 +103,7 @@ class stream_source : public line_source {
     }
 
     std::istream& in;
-    bool prompting;
+    bool is_script;
 };
 
 class editor_source : public line_source {
@@ -192,7 +200,7 @@ int run_interactive() {
     const auto ctrl_handling = install_ctrl_handler();
     write_banner();
     if (!VX_UTL::uTerminal::is_interactive()) {
-        stream_source source(std::cin, true);
+        stream_source source(std::cin, false);
         run_lines(source, false);
         return 0;
     }
@@ -207,14 +215,22 @@ int run_interactive() {
 int run_script(const char* name) {
     std::ifstream file;
     if (std::string_view(name) != "-") {
-        file.open(name);
+        std::error_code error;
+        if (std::filesystem::is_directory(name, error)) {
+            error = std::make_error_code(std::errc::is_a_directory);
+        } else {
+            file.open(name);
+            if (!file.is_open()) {
+                error = std::error_code(errno, std::generic_category());
+            }
+        }
         if (!file.is_open()) {
-            std::cerr << "zelno: cannot read script " << name << ": " << std::strerror(errno)
+            std::cerr << "zelno: cannot read script " << name << ": " << error.message()
                       << std::endl;
             return exit_refused;
         }
     }
     const auto ctrl_handling = install_ctrl_handler();
-    stream_source source(file.is_open() ? file : std::cin, false);
+    stream_source source(file.is_open() ? file : std::cin, true);
     return run_lines(source, true);
 }

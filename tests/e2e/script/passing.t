@@ -1,5 +1,5 @@
-# Every line ran and no use case failed: status 0. A comment is no command.
+# Status 0. A comment is no command; a last line runs without a line feed.
 $ --script -
 < # bogus
-< help quit
+<| help quit
 > Exit the interactive tool
