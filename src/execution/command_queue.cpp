@@ -1,5 +1,6 @@
 #include "execution/command_queue.h"
 
+#include <algorithm>
 #include <iostream>
 #include <memory>
 
@@ -13,6 +14,7 @@ void command_queue::add(std::string name, zelno_command* command, int32_t durati
     auto entry = std::make_unique<command_data_t>();
     entry->name = std::move(name);
     entry->runnable = new command_runnable(owned.get());
+    entry->command = owned.get();
     owned.release();
     entry->thread = new VX_UTL::uThread(entry->runnable, 0, 0);
     entry->duration = duration;
@@ -39,18 +41,22 @@ void command_queue::stop_all() {
     VX_UTL::uMutexLock lock(mutex);
     for (const auto& [sequence, entry] : entries) {
         if (entry->runnable->status() == status_running) {
+            entry->stopped_by_user = true;
             entry->runnable->stop();
         }
     }
 }
 
 void command_queue::stop_at_limit(command_data_t& entry, int32_t elapsed) {
+    if (observer != nullptr) {
+        observer->quiet();
+    }
     std::cout << "Stopping " << entry.name << " after " << elapsed << "ms" << std::endl;
     entry.runnable->stop();
     entry.runnable->wait_while(status_running);
 }
 
-void command_queue::wait_all() {
+exit_status command_queue::wait_all() {
     // The sum of the waits made, not a clock: a wait that comes back early
     // still counts whole.
     int32_t elapsed = 0;
@@ -83,6 +89,16 @@ void command_queue::wait_all() {
         if (running == 0) {
             break;
         }
+        if (observer != nullptr && (chosen != nullptr || first_untimed != nullptr)) {
+            // Waits are cut to the observer's period; the limits still count
+            // from the sum of the waits, so each stop lands where it did.
+            report_running();
+            if (chosen == nullptr) {
+                first_untimed->thread->wait(wait_observer::period_ms);
+                continue;
+            }
+            wait = std::min(wait, wait_observer::period_ms);
+        }
         if (chosen != nullptr) {
             chosen->thread->wait(static_cast<uint32_t>(wait));
             elapsed += wait;
@@ -92,18 +108,41 @@ void command_queue::wait_all() {
             first_untimed->runnable->wait_while(status_running);
         }
     }
-    clean_up();
+    if (observer != nullptr) {
+        observer->done();
+    }
+    return clean_up();
 }
 
-void command_queue::clean_up() {
+void command_queue::report_running() {
+    std::vector<running_use_case> running;
+    for (const auto& [sequence, entry] : entries) {
+        if (entry->runnable->status() == status_running) {
+            running.push_back({entry->name, entry->duration, *entry->command});
+        }
+    }
+    observer->update(running);
+}
+
+exit_status command_queue::clean_up() {
     // The status leaves 4 before the thread is done with its runnable, so
     // each thread is waited for before its entry goes.
     for (const auto& [sequence, entry] : entries) {
         entry->thread->wait(VX_UTL::uThread::infinite);
     }
+    exit_status outcome = refused ? exit_refused : exit_all_passed;
+    refused = false;
     VX_UTL::uMutexLock lock(mutex);
     for (const auto& [sequence, entry] : entries) {
+        const uint32_t status = entry->runnable->status();
+        outcome = worse(outcome, status == status_returned_0   ? exit_all_passed
+                                 : status == status_returned_1 ? exit_test_failed
+                                                               : exit_use_case_failed);
+        if (entry->stopped_by_user) {
+            outcome = worse(outcome, exit_use_case_failed);
+        }
         delete entry;
     }
     entries.clear();
+    return outcome;
 }

@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "execution/command_runnable.h"
+#include "execution/exit_status.h"
 #include "execution/zelno_command.h"
 #include "utilities/umutex.h"
 #include "utilities/uthread.h"
@@ -18,6 +20,30 @@ class command_data_t {
     command_runnable* runnable = nullptr;
     VX_UTL::uThread* thread = nullptr;
     int32_t duration = 0;  // Milliseconds; 0 or less is no limit.
+    // Not owned: the runnable's command, for its figures while it runs.
+    zelno_command* command = nullptr;
+    // Set by stop_all under the queue's mutex; read under it by clean_up.
+    bool stopped_by_user = false;
+};
+
+// One running use case as wait_all reports it to its observer.
+struct running_use_case {
+    const std::string& name;
+    int32_t duration;  // Milliseconds; 0 or less is no limit.
+    zelno_command& command;
+};
+
+// Told what runs while wait_all waits, on the main thread: update about every
+// `period_ms` while anything runs, quiet before the queue prints a line of
+// its own, done when the wait is over.
+class wait_observer {
+  public:
+    static constexpr int32_t period_ms = 250;
+
+    virtual ~wait_observer() = default;
+    virtual void update(const std::vector<running_use_case>& running) = 0;
+    virtual void quiet() = 0;
+    virtual void done() = 0;
 };
 
 // The use cases of one input line: added by the handlers, started side by
@@ -37,18 +63,27 @@ class command_queue {
     // Stops the running entries; waits for none of them.
     void stop_all();
     // Stops each entry at its limit, waits until none runs, destroys all.
-    void wait_all();
+    // Gives the worst outcome of the line: the entries' results, a stop by
+    // stop_all and any refusal noted since the last wait_all.
+    exit_status wait_all();
+    // A handler that said why it did nothing marks its line as refused.
+    void note_refused() { refused = true; }
+    // Null, or an observer that outlives every wait_all after this call.
+    void set_observer(wait_observer* watcher) { observer = watcher; }
 
   private:
     void stop_at_limit(command_data_t& entry, int32_t elapsed);
-    void clean_up();
+    exit_status clean_up();
+    void report_running();
 
     // Ascending keys are the order of add. Changed on the main thread only,
     // and then under `mutex`, which stop_all holds too; never held across the
     // waits of wait_all.
     std::map<uint32_t, command_data_t*> entries;
     VX_UTL::uMutex mutex;
-    uint32_t next_sequence = 1;  // Main thread only. Never reset.
+    uint32_t next_sequence = 1;         // Main thread only. Never reset.
+    bool refused = false;               // Main thread only; cleared by wait_all.
+    wait_observer* observer = nullptr;  // Main thread only.
 };
 
 extern command_queue global_command_queue;

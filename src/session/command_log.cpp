@@ -4,6 +4,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "execution/command_queue.h"
 #include "options/argtable_table.h"
 
 bool command_log_enabled = false;
@@ -25,7 +26,7 @@ void command_log_file::attach_clog() {
     }
 }
 
-void log_command(argument_list& args, command_queue&) {
+void log_command(argument_list& args, command_queue& queue) {
     argtable_binding& argtable = get_argtable_binding();
     arg_lit* command_logging = argtable.arg_litn("c", "cmd", 1, 1, "Command logging");
     arg_str* log_file = argtable.arg_strn(nullptr, nullptr, "<file>", 1, 1, "Log file");
@@ -43,6 +44,7 @@ void log_command(argument_list& args, command_queue&) {
     }
     if (errors > 0) {
         argtable.arg_print_errors(stderr, end, args[0].c_str());
+        queue.note_refused();
         std::cout << log_usage << std::endl << std::endl;
     }
     command_log_file_name = log_file->sval[0];

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "execution/command_queue.h"
 #include "options/argtable_table.h"
 #include "utilities/ufile.h"
 
@@ -14,7 +15,7 @@ constexpr const char* connect_usage =
     "usage: connect --device <device name> [--config <config file>] <prb|hosted>";
 }
 
-void connect_command(argument_list& args, command_queue&) {
+void connect_command(argument_list& args, command_queue& queue) {
     argtable_binding& argtable = get_argtable_binding();
     arg_str* device =
         argtable.arg_strn("d", "device", "<name of device>", 0, 1, "The name of the device");
@@ -43,6 +44,7 @@ void connect_command(argument_list& args, command_queue&) {
     }
     if (errors > 0) {
         argtable.arg_print_errors(stderr, end, args[0].c_str());
+        queue.note_refused();
         std::cout << connect_usage << std::endl << std::endl;
     }
 
@@ -52,6 +54,7 @@ void connect_command(argument_list& args, command_queue&) {
     std::FILE* file = VX_UTL::open_file_for_reading(config_file);
     if (file == nullptr) {
         std::cerr << "Could not open file " << config_file << std::endl;
+        queue.note_refused();
         return;
     }
     std::fclose(file);

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "execution/exit_status.h"
+
 class command_queue;
 
 using argument_list = std::vector<std::string>;
@@ -26,8 +28,9 @@ extern const uint32_t command_count;
 extern bool exit_requested;
 
 // Runs one input line: logs it, cuts it into commands, dispatches each, then
-// starts and waits for the use cases that the line queued.
-void run_line(const char* line);
+// starts and waits for the use cases that the line queued. Gives the line's
+// worst outcome.
+exit_status run_line(const char* line);
 void run_command(const char* command);
 
 // The row whose name is exactly `word`, or null.

@@ -8,19 +8,19 @@
 #include "shell/commands.h"
 #include "shell/split_line.h"
 
-void run_line(const char* line) {
+exit_status run_line(const char* line) {
     if (command_log_enabled) {
         std::clog << line << std::endl;
     }
     const std::vector<std::string> commands = split_line(line, ';');
     if (commands.empty()) {
-        return;
+        return exit_all_passed;
     }
     for (const std::string& command : commands) {
         run_command(command.c_str());
     }
     global_command_queue.start_all();
-    global_command_queue.wait_all();
+    return global_command_queue.wait_all();
 }
 
 void run_command(const char* command) {
@@ -31,6 +31,7 @@ void run_command(const char* command) {
     const command_entry* entry = find_command(args[0]);
     if (entry == nullptr) {
         std::cerr << "Unknown command: " << command << std::endl;
+        global_command_queue.note_refused();
         return;
     }
     if (entry->needs_session == 1) {
@@ -39,6 +40,7 @@ void run_command(const char* command) {
         const bool asks_for_help = std::strstr(command, "-h") != nullptr;
         if (!asks_for_help && !session_connected) {
             std::cerr << "Session must be connected before running use case" << std::endl;
+            global_command_queue.note_refused();
             return;
         }
         args.emplace_back("--config");
@@ -50,5 +52,6 @@ void run_command(const char* command) {
         entry->run(args, global_command_queue);
     } catch (const std::runtime_error& error) {
         std::cerr << error.what();
+        global_command_queue.note_refused();
     }
 }

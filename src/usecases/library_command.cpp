@@ -1,5 +1,7 @@
 #include "usecases/library_command.h"
 
+#include <stdexcept>
+
 #include "usecases/usecase_abi.h"
 
 namespace {
@@ -29,6 +31,12 @@ library_command::library_command(const library_functions& library, void* owned_h
         }
         throw;
     }
+    try {
+        has_progress =
+            functions.progress != nullptr && functions.resolve(functions.progress) != nullptr;
+    } catch (const std::runtime_error&) {
+        // An optional export: without it only times are shown.
+    }
 }
 
 library_command::~library_command() {
@@ -47,4 +55,28 @@ int32_t library_command::run() {
 
 void library_command::stop() {
     find(functions, functions.stop)(handle);
+}
+
+run_figures library_command::figures() {
+    if (!has_progress) {
+        return {};
+    }
+    const auto progress =
+        reinterpret_cast<usecase_progress_fn>(functions.resolve(functions.progress));
+    usecase_progress record{};
+    record.size = sizeof record;
+    if (progress(handle, &record) != 0) {
+        return {};
+    }
+    run_figures figures;
+    if ((record.fields & progress_samples) != 0) {
+        figures.samples = record.samples;
+    }
+    if ((record.fields & progress_mean_current) != 0) {
+        figures.mean_current_a = record.mean_current_a;
+    }
+    if ((record.fields & progress_energy) != 0) {
+        figures.energy_j = record.energy_j;
+    }
+    return figures;
 }

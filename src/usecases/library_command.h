@@ -6,12 +6,14 @@
 #include "utilities/udll.h"
 
 // How a use case reaches its functions in the use-case library: its
-// resolver and the names of its run, stop and destroy functions.
+// resolver and the names of its run, stop and destroy functions, and of the
+// progress function that a library may offer.
 struct library_functions {
     VX_UTL::uDll::symbol (*resolve)(const char* name);
     const char* run;
     const char* stop;
     const char* destroy;
+    const char* progress = nullptr;  // Null: the use case has none.
 };
 
 // A use case whose work the use-case library does behind a handle. No
@@ -19,8 +21,8 @@ struct library_functions {
 //
 // Made and destroyed on the main thread; run comes from the use case's
 // thread, stop from the main or the console control thread while run is in
-// progress, serialised by the runnable. No lock here: `handle` changes only
-// in the destructor.
+// progress, serialised by the runnable; figures from the main thread while
+// run is in progress. No lock here: `handle` changes only in the destructor.
 class library_command : public zelno_command {
   public:
     ~library_command() override;
@@ -29,6 +31,7 @@ class library_command : public zelno_command {
 
     int32_t run() override;
     void stop() override;
+    run_figures figures() override;
 
   protected:
     // Takes the handle and checks that all three functions exist, so that a
@@ -39,4 +42,7 @@ class library_command : public zelno_command {
   private:
     const library_functions& functions;
     void* handle;  // Owned: ends with the object.
+    // Whether the library offers the progress function; found once, as its
+    // absence would otherwise cost a failed look-up at every call.
+    bool has_progress = false;
 };

@@ -13,7 +13,7 @@
 namespace {
 
 const library_functions prodtest_functions{prodtest_symbol, "prodtest_run", "prodtest_stop",
-                                           "prodtest_destroy"};
+                                           "prodtest_destroy", "prodtest_progress"};
 
 }  // namespace
 
@@ -40,6 +40,7 @@ void prodtest_command(argument_list& args, command_queue& queue) {
     }
     if (errors > 0) {
         argtable.arg_print_errors(stderr, end, args[0].c_str());
+        queue.note_refused();
         return;
     }
 
@@ -53,6 +54,7 @@ void prodtest_command(argument_list& args, command_queue& queue) {
     create(&options, &handle);
     // Nothing to run; saying why is the library's business.
     if (handle == nullptr) {
+        queue.note_refused();
         return;
     }
     // A test has no time limit: it ends by itself or on Ctrl+C.

@@ -13,7 +13,7 @@
 namespace {
 
 const library_functions wattscope_functions{wattscope_symbol, "wattscope_run", "wattscope_stop",
-                                            "wattscope_destroy"};
+                                            "wattscope_destroy", "wattscope_progress"};
 
 }  // namespace
 
@@ -64,6 +64,7 @@ void wattscope_command(argument_list& args, command_queue& queue) {
     }
     if (errors > 0) {
         argtable.arg_print_errors(stderr, end, args[0].c_str());
+        queue.note_refused();
         return;
     }
 
@@ -85,6 +86,7 @@ void wattscope_command(argument_list& args, command_queue& queue) {
     create(&options, &handle);
     // Nothing to run; saying why is the library's business.
     if (handle == nullptr) {
+        queue.note_refused();
         return;
     }
     auto command = std::make_unique<wattscope>(handle);

@@ -49,7 +49,7 @@ class Transcript:
         self.names = names
         self.args, self.steps, self.setup, self.files = [], [], [], []
         self.expected = {"stdout": Expected(), "stderr": Expected()}
-        self.cwd, self.program = ".", None
+        self.cwd, self.program, self.status = ".", None, "0"
         block = None  # the Expected of the file that "=" lines fill
         for number, line in enumerate(self.read_lines(path), 1):
             marker, _, rest = line.partition(" ")
@@ -67,7 +67,7 @@ class Transcript:
                 block = block if target == "block" else None
             elif marker == "$":
                 self.args, block = rest.split(), None
-            elif marker == "%" and verb in STEPS + SETUP + FILES + ("cd", "program"):
+            elif marker == "%" and verb in STEPS + SETUP + FILES + ("cd", "program", "status"):
                 block = Expected() if verb in ("file", "expect-file") else None
                 if verb in STEPS:
                     self.steps.append((verb, argument))
@@ -76,7 +76,7 @@ class Transcript:
                 elif verb in FILES:
                     self.files.append((argument, block))
                 else:
-                    setattr(self, "cwd" if verb == "cd" else verb, argument)
+                    setattr(self, "cwd" if verb == "cd" else verb, argument)  # cd, program, status
             else:
                 raise SyntaxError(f"{path}:{number}: can't read {line!r}")
 
@@ -174,8 +174,8 @@ def run(path):
                                stderr=subprocess.PIPE)
     output, failure = converse(t, process)
     problems = [failure] if failure else []
-    if process.returncode != 0:
-        problems.append(f"exit status {process.returncode}, expected 0")
+    if process.returncode != int(t.status):
+        problems.append(f"exit status {process.returncode}, expected {t.status}")
     checks = [(name, expected, output[name]) for name, expected in t.expected.items()]
     for name, expected in t.files:
         exists = os.path.exists(os.path.join(work, name))

@@ -1,0 +1,130 @@
+#!/usr/bin/env python3
+"""pty_session.py CASE: types keys to zelno at a pseudo-terminal, waits for
+what it shows (never for a fixed time) and checks the bytes on the screen."""
+import fcntl, os, re, select, shutil, struct, subprocess, sys, tempfile, termios, time
+
+ZELNO = os.environ["ZELNO"]
+DEMO = os.path.join(os.environ["ZELNO_SOURCE_DIR"], "demo")
+UP, CTRL_C, CTRL_D, CTRL_U, TAB = "\x1b[A", "\x03", "\x04", "\x15", "\t"
+HELP_QUIT = "Exit the interactive tool"
+
+
+class Session:
+    """One zelno whose standard input (and output, unless piped) is a pty."""
+
+    def __init__(self, work, piped_output=False):
+        self.master, slave = os.openpty()
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 100, 0, 0))
+        env = dict(os.environ, XDG_STATE_HOME=os.path.join(work, "state"))
+        self.process = subprocess.Popen(
+            [ZELNO], cwd=work, env=env, stdin=slave, stderr=slave,
+            stdout=subprocess.PIPE if piped_output else slave, start_new_session=True,
+            preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
+        os.close(slave)
+        self.screen = ""
+        self.seen = 0  # Where the next expect starts looking.
+
+    def type(self, keys):
+        os.write(self.master, keys.encode())
+
+    def expect(self, pattern, timeout=20):
+        """Waits until the screen after the last match matches; gives the match."""
+        deadline = time.monotonic() + timeout
+        while not (found := re.compile(pattern).search(self.screen, self.seen)):
+            if time.monotonic() > deadline or not self._read(deadline):
+                sys.exit(f"no {pattern!r} in {self.screen[self.seen:]!r}")
+        self.seen = found.end()
+        return found
+
+    def prompt(self):
+        """Waits for a prompt, then for libedit to take the terminal (after it)."""
+        self.expect(r"zelno> $")
+        deadline = time.monotonic() + 20
+        while termios.tcgetattr(self.master)[3] & termios.ICANON:
+            check(time.monotonic() < deadline, "terminal never left canonical mode")
+            time.sleep(0.01)
+
+    def _read(self, deadline):
+        if not select.select([self.master], [], [], max(0, deadline - time.monotonic()))[0]:
+            return False
+        try:
+            self.screen += os.read(self.master, 4096).decode(errors="replace")
+        except OSError:  # The pty's other end is closed.
+            return False
+        return True
+
+    def end(self):
+        self.prompt()
+        self.type(CTRL_D)
+        status = self.process.wait(timeout=20)
+        check(status == 0, f"exit status {status}")
+
+
+def check(condition, what):
+    if not condition:
+        sys.exit(f"failed: {what}")
+
+
+def history(work):
+    for keys in ["help quit\r", UP + "\r"]:  # The second run finds the first's line.
+        zelno = Session(work)
+        zelno.prompt()
+        zelno.type(keys)
+        zelno.expect(HELP_QUIT)
+        zelno.end()
+    check(os.path.isfile(os.path.join(work, "state", "zelno", "history")), "history file")
+
+
+def completion(work):
+    open(os.path.join(work, "board_file.dat"), "w").close()
+    zelno = Session(work)
+    zelno.prompt()
+    zelno.type("hel" + TAB + "qu" + TAB + "\r")
+    zelno.expect(HELP_QUIT)
+    # libedit draws only what a completion adds.
+    for typed, shown in [("connect --config boa", "rd_file.dat "),
+                         ("wattscope -o a.csv --sav", "eall "), ("", "connect  disconnect")]:
+        zelno.type(typed + TAB)
+        zelno.expect(re.escape(shown))
+        zelno.type(CTRL_U)
+    zelno.end()
+
+
+def ctrl_c(work):
+    zelno = Session(work)
+    zelno.prompt()
+    zelno.type("help" + CTRL_C + "\r" + "help quit\r")
+    zelno.expect(HELP_QUIT)
+    check("List all supported" not in zelno.screen and "^C" not in zelno.screen, "line cleared")
+    zelno.end()
+
+
+def status_line(work):
+    shutil.copy(os.path.join(DEMO, "board.dat"), work)
+    zelno = Session(work)
+    zelno.type("connect --config board.dat hosted\r" "wattscope -o a.csv -D 3000 ws\r")
+    zelno.expect(r"\x1b\[Kwattscope \d+\.\d s / 3 s\r")
+    zelno.type("help quit\r")
+    zelno.expect(r"wattscope \d+\.\d s / 3 s \(input waits until the capture ends\)\r")
+    erased = zelno.expect(r"\r\x1b\[K[^\x1b]*" + HELP_QUIT)
+    check("s / 3 s" not in erased.group(0), "erased before the line that follows")
+    # Ctrl+C while a use case runs is a signal that stops it.
+    zelno.type("wattscope -o b.csv ws\r")
+    zelno.expect(r"wattscope \d+\.\d s\r")
+    zelno.type(CTRL_C)
+    zelno.expect(r"b\.csv: .*stopped")
+    zelno.end()
+
+
+def piped_output(work):
+    shutil.copy(os.path.join(DEMO, "board.dat"), work)
+    zelno = Session(work, piped_output=True)
+    zelno.type("connect --config board.dat hosted\r" "wattscope -o a.csv -D 600 ws\r" "quit\r")
+    output = zelno.process.stdout.read().decode()
+    check(zelno.process.wait(timeout=20) == 0, "exit status")
+    check("zelno> " in output and "\x1b" not in output and " s / " not in output, "plain")
+
+
+if __name__ == "__main__":
+    with tempfile.TemporaryDirectory() as work:
+        globals()[sys.argv[1]](work)

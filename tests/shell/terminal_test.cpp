@@ -1,0 +1,94 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "shell/completion.h"
+#include "shell/status_line.h"
+
+namespace {
+
+struct completion_case {
+    const char* name;
+    std::string before_cursor;
+    std::size_t word_start;
+    std::vector<std::string> words;
+};
+
+class completion_cases : public testing::TestWithParam<completion_case> {};
+
+TEST_P(completion_cases, offers_the_words) {
+    const completion_case& c = GetParam();
+    const VX_UTL::completion found = complete_words(c.before_cursor);
+    EXPECT_EQ(found.word_start, c.word_start);
+    EXPECT_EQ(found.words, c.words);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    table, completion_cases,
+    testing::Values(completion_case{"all_commands",
+                                    "",
+                                    0,
+                                    {"connect ", "disconnect ", "help ", "log ", "prodtest ",
+                                     "quit ", "wattscope "}},
+                    completion_case{"command", "  wat", 2, {"wattscope "}},
+                    completion_case{"after_help", "help q", 5, {"quit "}},
+                    completion_case{"next_command", "help;con", 5, {"connect "}},
+                    completion_case{
+                        "options", "wattscope -o a.csv --sa", 19, {"--sampfreq ", "--saveall "}},
+                    completion_case{"values", "wattscope ws", 10, {"ws ", "ws+ "}}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+TEST(completion, names_files_after_options_that_take_one) {
+    const auto folder = std::filesystem::temp_directory_path() / "zelno_completion";
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder / "lists");
+    for (const char* name : {"limits.txt", ".limits"}) {
+        std::ofstream(folder / name).put('\n');
+    }
+    const std::string typed = "prodtest -c x --input " + folder.string() + "/li";
+    const VX_UTL::completion found = complete_words(typed);
+    EXPECT_EQ(found.words, (std::vector<std::string>{folder.string() + "/limits.txt ",
+                                                     folder.string() + "/lists/"}));
+    EXPECT_EQ(complete_words("log --cmd " + folder.string() + "/.l").words,
+              std::vector<std::string>{folder.string() + "/.limits "});
+    std::filesystem::remove_all(folder);
+}
+
+struct describe_case {
+    const char* name;
+    int64_t elapsed_ms;
+    int32_t limit_ms;
+    run_figures figures;
+    const char* text;
+};
+
+class describe_cases : public testing::TestWithParam<describe_case> {};
+
+TEST_P(describe_cases, shows_time_limit_and_figures) {
+    const describe_case& c = GetParam();
+    EXPECT_EQ(describe_run("wattscope", c.elapsed_ms, c.limit_ms, c.figures), c.text);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    table, describe_cases,
+    testing::Values(describe_case{"no_limit", 12449, 0, {}, "wattscope 12.4 s"},
+                    describe_case{"limit", 400, 1500, {}, "wattscope 0.4 s / 1.5 s"},
+                    describe_case{"all_figures",
+                                  12400,
+                                  0,
+                                  {24800, 0.00247, 0.0306},
+                                  "wattscope 12.4 s: 24,800 samples, mean 2.47 mA, 30.6 mJ"},
+                    describe_case{"some_figures",
+                                  0,
+                                  0,
+                                  {1234567, {}, 2.0e-7},
+                                  "wattscope 0.0 s: 1,234,567 samples, 200 nJ"},
+                    describe_case{"large_and_zero",
+                                  0,
+                                  0,
+                                  {999, 0.0, 123.4},
+                                  "wattscope 0.0 s: 999 samples, mean 0.00 A, 123 J"}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+}  // namespace
