@@ -135,16 +135,20 @@ capture_end capture::sample_until_the_end() {
     // on is that one: the capture still takes its whole duration from the
     // trigger, and waits for that stop before it returns, so that zelno's
     // "Stopping" line always comes before the summary.
+    // A further stop while closing is Ctrl+C after the limit: it ends the
+    // capture at once, as any stop before the limit does.
     bool closing = false;
+    uint32_t stops_before_closing = 0;
     auto is_the_limit = [&](clock::time_point now) {
         return limited && now >= begun + duration - stop_grace;
     };
+    auto start_closing = [&] {
+        closing = true;
+        stops_before_closing = stop_.count();
+    };
+    auto stopped_again = [&] { return closing && stop_.count() > stops_before_closing; };
     auto wait = [&](clock::time_point when) {
-        if (closing) {
-            std::this_thread::sleep_until(when);
-        } else {
-            stop_.sleep_until(when);
-        }
+        stop_.sleep_until(when, closing ? stops_before_closing : 0);
     };
     if (settings_.trigger) {
         const clock::time_point trigger =
@@ -154,7 +158,9 @@ capture_end capture::sample_until_the_end() {
                 if (!is_the_limit(now)) {
                     return capture_end::stopped;
                 }
-                closing = true;
+                start_closing();
+            } else if (stopped_again()) {
+                return capture_end::stopped;
             }
             wait(trigger);
         }
@@ -170,10 +176,10 @@ capture_end capture::sample_until_the_end() {
 
     while (true) {
         // Read before the clock: after a stop, what was due by then still comes.
-        const bool stop_seen = !closing && stop_.requested();
+        const bool stop_seen = (!closing && stop_.requested()) || stopped_again();
         const clock::time_point now = clock::now();
-        if (stop_seen && is_the_limit(now)) {
-            closing = true;
+        if (stop_seen && !closing && is_the_limit(now)) {
+            start_closing();
         }
         const uint64_t due = std::min(periods_in(now - start, rate), limit);
         if (due > next_ + backlog) {
@@ -186,7 +192,7 @@ capture_end capture::sample_until_the_end() {
         if (next_ == limit) {
             return wait_for_the_stop();
         }
-        if (stop_seen && !closing) {
+        if (stop_seen && (!closing || stopped_again())) {
             return capture_end::stopped;
         }
         if (now - last_flush >= flush_period) {

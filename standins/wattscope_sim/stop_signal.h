@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 
 namespace standin::sim {
@@ -19,21 +20,25 @@ class stop_signal {
         {
             // Taken so that a waiter between its test and its wait can't miss the wake-up.
             std::lock_guard<std::mutex> lock(mutex_);
-            requested_.store(true);
+            count_.fetch_add(1);
         }
         wake_.notify_all();
     }
 
-    bool requested() const { return requested_.load(std::memory_order_relaxed); }
+    bool requested() const { return count() > 0; }
+    // How many stops came so far: a capture that took one stop as its end
+    // still ends at once on the next.
+    uint32_t count() const { return count_.load(std::memory_order_relaxed); }
 
-    // Sleeps until `when` or a stop; true when the time came without a stop.
-    bool sleep_until(clock::time_point when) {
+    // Sleeps until `when` or a stop beyond the first `seen`; true when the
+    // time came without one.
+    bool sleep_until(clock::time_point when, uint32_t seen = 0) {
         std::unique_lock<std::mutex> lock(mutex_);
-        return !wake_.wait_until(lock, when, [this] { return requested_.load(); });
+        return !wake_.wait_until(lock, when, [this, seen] { return count_.load() > seen; });
     }
 
   private:
-    std::atomic<bool> requested_{false};
+    std::atomic<uint32_t> count_{0};
     std::mutex mutex_;  // Guards nothing but the handover to a sleeper.
     std::condition_variable wake_;
 };

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <csignal>
+#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -72,6 +73,26 @@ TEST_F(capture_test, ends_at_its_duration_with_the_models_energy) {
     EXPECT_EQ(out_.str(), "wattscope: " + output_ +
                               ": 500 samples in 0.050 s (duration reached), mean 280.0 uA, peak "
                               "1.000 mA, charge 14.00 uC, energy 28.00 uJ, 0 dropped\n");
+}
+
+// zelno's stop at the limit leaves the capture to finish its duration from
+// the trigger; a Ctrl+C after it must still end the capture at once.
+TEST_F(capture_test, a_stop_after_the_limit_stop_ends_the_capture) {
+    const std::string slow =
+        std::regex_replace(standin_test::plain_board, std::regex("trigger_delay_us 30000"),
+                           "trigger_delay_us 60000000");
+    options_.config = dir_.write("slow.dat", slow), options_.trig = 1, options_.duration = 100;
+    auto c = make();
+    ASSERT_NE(c, nullptr) << error_;
+    std::thread runner([&] { c->run(out_, errors_); });
+    // The pauses only give the stops a chance to find the run waiting for
+    // the trigger; whenever they come, the capture must end stopped.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    c->stop();  // Within the last 250 ms: taken as zelno's limit.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    c->stop();
+    runner.join();
+    EXPECT_NE(out_.str().find("(stopped)"), std::string::npos) << out_.str();
 }
 
 // The size limit is never passed, and the file holds whole rows only.

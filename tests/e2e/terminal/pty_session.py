@@ -38,7 +38,8 @@ class Session:
 
     def prompt(self):
         """Waits for a prompt, then for libedit to take the terminal (after it)."""
-        self.expect(r"zelno> $")
+        # libedit may put the cursor back behind the prompt it redrew (after ^U).
+        self.expect(r"zelno> (?:\r\x1b\[8G)?$")
         deadline = time.monotonic() + 20
         while termios.tcgetattr(self.master)[3] & termios.ICANON:
             check(time.monotonic() < deadline, "terminal never left canonical mode")
