@@ -66,9 +66,12 @@ void add_files(std::string_view typed, std::vector<std::string>& out) {
     const std::size_t slash = typed.rfind('/');
     const std::string folder(slash == std::string_view::npos ? "" : typed.substr(0, slash + 1));
     const std::string_view prefix = typed.substr(folder.size());
+    // Advanced with error codes: an exception must not cross the line
+    // editor's C frames, and a folder may vanish or deny us midway.
     std::error_code error;
-    for (const auto& entry :
-         std::filesystem::directory_iterator(folder.empty() ? "." : folder, error)) {
+    for (std::filesystem::directory_iterator it(folder.empty() ? "." : folder, error), end;
+         !error && it != end; it.increment(error)) {
+        const std::filesystem::directory_entry& entry = *it;
         const std::string name = entry.path().filename().string();
         if (!name.starts_with(prefix) || (name[0] == '.' && !prefix.starts_with('.'))) {
             continue;
@@ -99,9 +102,7 @@ VX_UTL::completion complete_words(const std::string& before_cursor) {
         rest.remove_prefix(std::min(end + 1, rest.size()));
     }
 
-    if (earlier.empty()) {
-        add_matching(command_names(), typed, found.words);
-    } else if (earlier.front() == "help") {
+    if (earlier.empty() || earlier.front() == "help") {
         add_matching(command_names(), typed, found.words);
     } else if (const command_words* words = words_of(earlier.front())) {
         const word_list& files = words->file_options;
