@@ -50,12 +50,10 @@ std::string describe_run(std::string_view name, int64_t elapsed_ms, int32_t limi
     if (figures.samples) {
         parts.push_back(with_thousands(*figures.samples) + " samples");
     }
-    // A mean of no samples would read as a measured 0 A.
-    const bool sampled = !figures.samples || *figures.samples > 0;
-    if (figures.mean_current_a && sampled) {
+    if (figures.mean_current_a) {
         parts.push_back("mean " + engineering(*figures.mean_current_a, "A"));
     }
-    if (figures.energy_j && sampled) {
+    if (figures.energy_j) {
         parts.push_back(engineering(*figures.energy_j, "J"));
     }
     for (std::size_t index = 0; index < parts.size(); ++index) {

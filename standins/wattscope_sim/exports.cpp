@@ -138,11 +138,12 @@ STANDIN_EXPORT int32_t wattscope_progress(void* handle, usecase_progress* progre
     return progress_of<capture>(handle, progress, [](const capture& c, usecase_progress& p) {
         const capture::progress_figures figures = c.progress();
         p.samples = figures.rows;
-        p.mean_current_a = figures.rows == 0
-                               ? 0.0
-                               : figures.current_sum_na * 1e-9 / static_cast<double>(figures.rows);
-        p.energy_j = figures.energy_nj * 1e-9;
-        p.fields = progress_samples | progress_mean_current | progress_energy;
+        p.fields = progress_samples;
+        if (figures.rows > 0) {  // A mean of no samples would read as a measured 0 A.
+            p.mean_current_a = figures.current_sum_na * 1e-9 / static_cast<double>(figures.rows);
+            p.energy_j = figures.energy_nj * 1e-9;
+            p.fields |= progress_mean_current | progress_energy;
+        }
     });
 }
 
