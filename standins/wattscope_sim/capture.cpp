@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstring>
 #include <thread>
+#include <unordered_map>
 
 #include "common/text_input.h"
 #include "wattscope_sim/pacing.h"
@@ -502,6 +503,10 @@ void capture::commit_pending() {
 void capture::count_rows_that_reached_the_file(std::string_view text) {
     const char separator = layout_.separator;
     const std::vector<code_region>& functions = settings_.board.functions;
+    std::unordered_map<std::string_view, size_t> function_index;  // A board may list many.
+    for (size_t f = 0; f < functions.size(); ++f) {
+        function_index.emplace(functions[f].name, f);
+    }
     for (size_t at = 0; at < text.size();) {
         size_t end = text.find('\n', at);
         end = end == std::string_view::npos ? text.size() : end;
@@ -529,9 +534,9 @@ void capture::count_rows_that_reached_the_file(std::string_view text) {
         uint64_t index = 0;
         std::from_chars(fields[0].data(), fields[0].data() + fields[0].size(), index);
         totals_.periods = index + 1;
-        for (size_t f = 0; fields.size() == 9 && f < functions.size(); ++f) {
-            if (functions[f].name == fields[8]) {
-                totals_.function_energy_nj[f] +=
+        if (fields.size() == 9) {
+            if (const auto found = function_index.find(fields[8]); found != function_index.end()) {
+                totals_.function_energy_nj[found->second] +=
                     static_cast<double>(power) / static_cast<double>(settings_.rate);
             }
         }
