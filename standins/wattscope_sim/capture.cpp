@@ -19,31 +19,6 @@ constexpr auto flush_period = std::chrono::milliseconds(250);
 // zelno's clock starts a moment apart from ours, more under load.
 constexpr auto stop_grace = std::chrono::milliseconds(250);
 
-// A decimal of up to nine places in billionths: "-0.000012345" is -12345.
-int64_t billionths(std::string_view text) {
-    const bool negative = !text.empty() && text[0] == '-';
-    int64_t whole = 0;
-    int64_t fraction = 0;
-    int places = -1;
-    for (const char c : text.substr(negative ? 1 : 0)) {
-        if (c == '.') {
-            places = 0;
-        } else if (c < '0' || c > '9') {
-            break;
-        } else if (places < 0) {
-            whole = whole * 10 + (c - '0');
-        } else if (places < 9) {
-            fraction = fraction * 10 + (c - '0');
-            ++places;
-        }
-    }
-    for (places = std::max(places, 0); places < 9; ++places) {
-        fraction *= 10;
-    }
-    const int64_t value = whole * 1'000'000'000 + fraction;
-    return negative ? -value : value;
-}
-
 }  // namespace
 
 capture::capture(capture_settings settings)
@@ -525,12 +500,12 @@ void capture::count_rows_that_reached_the_file(std::string_view text) {
         if (fields.size() < 7) {
             continue;
         }
-        const int64_t current = billionths(fields[2]);
-        const int64_t power = billionths(fields[4]);
+        const int64_t current = parse_fixed(fields[2], 9).value_or(0);
+        const int64_t power = parse_fixed(fields[4], 9).value_or(0);
         ++totals_.rows;
         totals_.current_sum_na += static_cast<double>(current);
         totals_.peak_na = std::max(totals_.peak_na, current);
-        totals_.energy_nj = static_cast<double>(billionths(fields[5]));
+        totals_.energy_nj = static_cast<double>(parse_fixed(fields[5], 9).value_or(0));
         uint64_t index = 0;
         std::from_chars(fields[0].data(), fields[0].data() + fields[0].size(), index);
         totals_.periods = index + 1;
