@@ -141,6 +141,9 @@ bool capture_file::flush() {
 }
 
 bool capture_file::still_there() {
+    if (!regular_) {
+        return true;  // A device's name is the system's; Windows gives NUL no identity.
+    }
     file_identity named;
     if (!has_name(file_) || !identity_of(path_, named) || named != identity_) {
         error_ = path_ + " was removed or replaced during the capture";

@@ -4,8 +4,10 @@
 
 #ifdef _WIN32
 #include <windows.h>
+#define STANDIN_TEST_NULL_DEVICE "NUL"
 #else
 #include <sys/stat.h>
+#define STANDIN_TEST_NULL_DEVICE "/dev/null"
 #endif
 
 #include <filesystem>
@@ -38,13 +40,7 @@ class scratch_dir {
         std::ofstream(file(name), std::ios::binary) << content;
         return file(name);
     }
-    std::vector<std::string> names() const {
-        std::vector<std::string> found;
-        for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-            found.push_back(entry.path().filename().string());
-        }
-        return found;
-    }
+    auto count() const { return std::distance(std::filesystem::directory_iterator(path_), {}); }
 
   private:
     std::string path_;
