@@ -19,11 +19,6 @@ struct replace_case {
     const char *name, *text, *from, *to, *result;
 };
 
-// The case's name, not its bytes, in test listings.
-void PrintTo(const replace_case& c, std::ostream* out) {
-    *out << c.name;
-}
-
 class replace_cases : public testing::TestWithParam<replace_case> {};
 
 TEST_P(replace_cases, gives_the_text) {

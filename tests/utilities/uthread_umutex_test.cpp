@@ -2,9 +2,8 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
+#include <future>
 #include <memory>
-#include <mutex>
 #include <thread>
 
 #include "utilities/umutex.h"
@@ -21,33 +20,17 @@ using VX_UTL::uMutex;
 using VX_UTL::uRunnable;
 using VX_UTL::uThread;
 
-// Opened once, passed by any number. (MinGW's std::binary_semaphore hung
-// here under Wine, waking no waiter.)
-struct gate {
-    void open() {
-        const std::lock_guard<std::mutex> hold(mutex);
-        is_open = true;
-        opened.notify_all();
-    }
-    void pass() {
-        std::unique_lock<std::mutex> hold(mutex);
-        opened.wait(hold, [this] { return is_open; });
-    }
-    std::mutex mutex;
-    std::condition_variable opened;
-    bool is_open = false;
-};
-
 // Runs until the test lets it go; notes its thread's priority first.
 struct gated_body : uRunnable {
     void run() override {
         priority = own_priority();
-        entered.open();
-        released.pass();
+        entered.set_value();
+        released.get_future().wait();
         ++runs;
-        left.open();  // The last touch of the object.
+        left.set_value();
     }
-    gate entered, released, left;
+    // Not semaphores: MinGW's hung here under Wine, waking no waiter.
+    std::promise<void> entered, released, left;
     std::atomic<int> runs{0};
     int priority = 0;
 };
@@ -57,10 +40,10 @@ TEST(uthread, wait_answers_by_the_end_and_one_object_runs_one_body_once) {
     uThread thread(&body, 0, 0);
     EXPECT_FALSE(thread.wait(uThread::infinite));  // Not started: false at once.
     ASSERT_TRUE(thread.start());
-    body.entered.pass();
+    body.entered.get_future().wait();
     EXPECT_FALSE(thread.wait(5));
     EXPECT_FALSE(thread.start());
-    body.released.open();
+    body.released.set_value();
     EXPECT_TRUE(thread.wait(uThread::infinite));
     EXPECT_TRUE(thread.wait(0));
     EXPECT_FALSE(thread.start());
@@ -73,14 +56,14 @@ TEST(uthread, wait_answers_by_the_end_and_one_object_runs_one_body_once) {
 
 // Lower, which needs no privilege; in place before the body starts.
 TEST(uthread, a_stack_below_the_minimum_and_a_lower_priority) {
-    gated_body body;
+    static gated_body body;  // The thread's last touch of it may follow the wait.
     auto thread = std::make_unique<uThread>(&body, -2, 1);
     ASSERT_TRUE(thread->start());
-    body.entered.pass();
+    body.entered.get_future().wait();
     EXPECT_EQ(body.priority, priority_after(own_priority(), -2));
     thread.reset();  // The thread goes on without the object.
-    body.released.open();
-    body.left.pass();
+    body.released.set_value();
+    body.left.get_future().wait();
 }
 
 TEST(umutex, is_held_until_the_holders_last_unlock) {
