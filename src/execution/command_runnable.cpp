@@ -11,8 +11,16 @@ command_runnable::~command_runnable() {
 }
 
 void command_runnable::set_status(uint32_t value) {
+    // Stored under the lock, so that no waiter tests the old value and then
+    // sleeps through the notify.
+    const std::lock_guard<std::mutex> hold(status_mutex);
     status_word.store(value);
-    status_word.notify_all();
+    status_changed.notify_all();
+}
+
+void command_runnable::wait_while(uint32_t old_status) const {
+    std::unique_lock<std::mutex> hold(status_mutex);
+    status_changed.wait(hold, [this, old_status] { return status_word.load() != old_status; });
 }
 
 void command_runnable::run() {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 
 #include "execution/zelno_command.h"
 #include "utilities/umutex.h"
@@ -32,7 +34,7 @@ class command_runnable : public VX_UTL::uRunnable {
     uint32_t status() const { return status_word.load(); }
     // Blocks while the status equals `old_status`; the use-case thread
     // notifies at each store, so this stands in for re-reading the word.
-    void wait_while(uint32_t old_status) const { status_word.wait(old_status); }
+    void wait_while(uint32_t old_status) const;
 
   private:
     void set_status(uint32_t value);
@@ -42,6 +44,10 @@ class command_runnable : public VX_UTL::uRunnable {
     // Written by the use-case thread only (after construction); read by any
     // thread without a lock.
     std::atomic<uint32_t> status_word{status_not_started};
+    // For the waits on the word. Not the word's own wait: MinGW's runtime
+    // can miss its notify, which hung zelno.exe under Wine.
+    mutable std::mutex status_mutex;
+    mutable std::condition_variable status_changed;
     // Held around the command's stop and its deletion, never during its run.
     VX_UTL::uMutex mutex;
 };
