@@ -19,17 +19,24 @@ enum : uint32_t {
 // whole process; main calls it first, in both modes.
 void keep_running_on_closed_output();
 
+// Standard input, output and error carry their bytes unchanged, so that a
+// piped session reads and writes the same bytes on every platform: no line
+// end is translated (the Windows C runtime would, in its text mode). Main
+// calls it first. Does nothing on POSIX.
+void keep_line_ends_unchanged();
+
 // True when the event is handled; false passes it on to the platform's
 // default, which ends the process.
 using console_ctrl_routine = bool (*)(uint32_t control_type);
 
 // Routes console control events to `routine`, on a thread other than the
 // main thread, until the object is destroyed; no call of `routine` is under
-// way or follows after that. On POSIX: SIGINT is blocked in the constructing
-// thread, and every thread created later inherits that, and one thread takes
-// it with sigwaitinfo, as CTRL_C_EVENT. So it must be constructed before any
-// other thread exists, and destroyed on the thread that constructed it, which
-// gets its signal mask back; a SIGINT after that has its default action.
+// way or follows after that. At most one object is alive at a time. On
+// Windows the system calls the routine on a thread of its own. On POSIX: SIGINT is blocked in the
+// constructing thread, and every thread created later inherits that, and one thread takes it with
+// sigwaitinfo, as CTRL_C_EVENT. So it must be constructed before any other thread exists, and
+// destroyed on the thread that constructed it, which gets its signal mask back; a SIGINT after that
+// has its default action.
 class uConsoleControl {
   public:
     explicit uConsoleControl(console_ctrl_routine routine);

@@ -95,6 +95,10 @@ void keep_running_on_closed_output() {
     sigaction(SIGPIPE, &ignore, nullptr);
 }
 
+void keep_line_ends_unchanged() {
+    // POSIX streams translate nothing.
+}
+
 uConsoleControl::uConsoleControl(console_ctrl_routine routine) {
     auto building = std::make_unique<platform_state>();
     building->routine = routine;

@@ -27,6 +27,9 @@ class uFile {
     bool flush();
 
   private:
+    // The platform's open, sharing the file for reading and writing.
+    static std::FILE* open_shared(const char* name, const char* mode);
+
     // All four guarded by file_lock.
     bool is_open = false;
     std::string file_name;

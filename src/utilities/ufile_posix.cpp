@@ -5,47 +5,10 @@
 
 namespace VX_UTL {
 
-uFile::~uFile() {
-    if (stream != nullptr) {
-        std::fclose(stream);
-    }
-}
-
-bool uFile::open(const char* name, const char* new_mode) {
-    const uMutexLock guard(file_lock);
-    if (stream != nullptr) {
-        std::fclose(stream);
-        stream = nullptr;
-    }
-    if (name != nullptr) {
-        file_name = name;
-    } else {
-        file_name.clear();
-    }
-    mode = new_mode;
-    // POSIX streams take no share lock: other programs may read and write
-    // the file while it is open, as the share flag allows elsewhere.
-    if (name != nullptr && mode != nullptr) {
-        stream = std::fopen(name, mode);
-    }
-    is_open = stream != nullptr;
-    return is_open;
-}
-
-std::size_t uFile::write(const void* data, std::size_t count) {
-    const uMutexLock guard(file_lock);
-    if (!is_open || data == nullptr) {
-        return 0;
-    }
-    return std::fwrite(data, 1, count, stream);
-}
-
-bool uFile::flush() {
-    const uMutexLock guard(file_lock);
-    if (!is_open) {
-        return false;
-    }
-    return std::fflush(stream) == 0;
+// POSIX streams take no share lock: other programs may read and write the
+// file while it is open, as the share flag allows elsewhere.
+std::FILE* uFile::open_shared(const char* name, const char* mode) {
+    return std::fopen(name, mode);
 }
 
 std::FILE* open_file_for_reading(const char* name) {

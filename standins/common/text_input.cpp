@@ -1,13 +1,11 @@
 #include "common/text_input.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <limits>
+
+#include "common/native_file.h"
 
 namespace standin {
 
@@ -24,34 +22,27 @@ std::string read_whole_file(const std::string& path) {
     const auto failure = [&path](std::string_view reason) {
         return input_error("cannot read " + path + ": " + std::string(reason));
     };
-    // O_NONBLOCK: opening a FIFO would otherwise wait for a writer, where no
-    // stop reaches it. Anything but a regular file is refused before reading.
-    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0) {
+    // Anything but a regular file is refused before reading; opening never
+    // waits, as a FIFO would for a writer where no stop reaches it.
+    file_kind kind = file_kind::other;
+    const file_handle file = open_for_input(path, kind);
+    if (file == no_file) {
         throw failure(std::strerror(errno));
     }
     struct closer {
-        int fd;
-        ~closer() { ::close(fd); }
-    } const guard{fd};
-    struct stat info {};
-    if (::fstat(fd, &info) != 0) {
-        throw failure(std::strerror(errno));
-    }
-    if (S_ISDIR(info.st_mode)) {
+        file_handle file;
+        ~closer() { close_file(file); }
+    } const guard{file};
+    if (kind == file_kind::directory) {
         throw failure(std::strerror(EISDIR));
     }
-    if (!S_ISREG(info.st_mode)) {
+    if (kind != file_kind::regular) {
         throw failure("Not a regular file");
     }
     std::string content;
-    content.reserve(static_cast<size_t>(info.st_size));
     char buffer[1 << 16];
     while (true) {
-        const ssize_t n = ::read(fd, buffer, sizeof buffer);
-        if (n < 0 && errno == EINTR) {
-            continue;
-        }
+        const int64_t n = read_some(file, buffer, sizeof buffer);
         if (n < 0) {
             throw failure(std::strerror(errno));
         }

@@ -1,4 +1,4 @@
-// The exported entry point of libtgcfgsetup.so. The arguments are C++ string
+// The exported entry point of the target converter library. The arguments are C++ string
 // objects that cross the library boundary by value, so the library is built
 // with the same compiler and standard library as its caller.
 

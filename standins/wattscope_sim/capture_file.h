@@ -12,7 +12,7 @@
 #include <string_view>
 #include <thread>
 
-#include "common/atomic_file.h"
+#include "common/native_file.h"
 
 namespace standin::sim {
 
@@ -77,10 +77,9 @@ class capture_file {
     bool replace_with(temp_file& temp, uint64_t head, uint64_t cut);
 
     std::string path_;
-    int fd_ = -1;
+    file_handle file_ = no_file;
     bool regular_ = true;
-    uint64_t inode_ = 0;
-    uint64_t device_ = 0;
+    file_identity identity_;
     uint64_t written_ = 0;  // Bytes in the file.
     std::unique_ptr<char[]> buffer_;
     size_t capacity_ = 0;

@@ -1,8 +1,7 @@
 #include "wattscope_sim/capture_settings.h"
 
-#include <sys/stat.h>
-
 #include "common/board_file.h"
+#include "common/native_file.h"
 #include "common/text_input.h"
 
 namespace standin::sim {
@@ -31,10 +30,9 @@ std::optional<board_model> read_session_board(const std::string& config, std::st
 namespace {
 
 bool same_file(const std::string& a, const std::string& b) {
-    struct stat first {};
-    struct stat second {};
-    return ::stat(a.c_str(), &first) == 0 && ::stat(b.c_str(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+    file_identity first;
+    file_identity second;
+    return identity_of(a, first) && identity_of(b, second) && first == second;
 }
 
 }  // namespace

@@ -1,18 +1,15 @@
-// The exported functions of libwattscopestandalone.so, the probe
-// simulator. They keep C++ exceptions inside the library: zelno calls them
-// from threads that catch nothing.
+// The exported functions of the probe simulator library. They keep C++ exceptions inside the
+// library: zelno calls them from threads that catch nothing.
 //
-// What a use case prints goes out in one write() per stream at its end,
+// What a use case prints goes out in one write per stream at its end,
 // not through std::cout: zelno may be writing a line of its own from another
 // thread at that moment (its stop message), and std::cout would let the two
 // interleave piece by piece inside one stdio buffer.
 
-#include <unistd.h>
-
 #include <sstream>
 #include <string>
 
-#include "common/atomic_file.h"
+#include "common/native_file.h"
 #include "usecases/usecase_abi.h"
 #include "wattscope_sim/capture.h"
 #include "wattscope_sim/production_test.h"
@@ -24,13 +21,8 @@ namespace {
 using standin::sim::capture;
 using standin::sim::production_test;
 
-void write_out(int fd, const std::string& text) {
-    size_t done = 0;
-    standin::write_all(fd, text, done);  // Nobody to tell when the console is gone.
-}
-
 void report(const char* use_case, const std::string& problem) {
-    write_out(STDERR_FILENO, std::string(use_case) + ": " + problem + "\n");
+    standin::write_console(true, std::string(use_case) + ": " + problem + "\n");
 }
 
 template <typename UseCase>
@@ -38,8 +30,8 @@ int32_t run_and_print(UseCase& use_case) {
     std::ostringstream out;
     std::ostringstream errors;
     const int32_t result = use_case.run(out, errors);
-    write_out(STDERR_FILENO, errors.str());
-    write_out(STDOUT_FILENO, out.str());
+    standin::write_console(true, errors.str());
+    standin::write_console(false, out.str());
     return result;
 }
 
