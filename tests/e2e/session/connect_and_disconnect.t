@@ -7,7 +7,8 @@
 # session files; the session is recorded before that test, so it stands.
 # Each connect with a target file extends the search path by two folders and
 # converts anew into ws_board.dat, which use cases then get.
-% env LD_LIBRARY_PATH=@TESTLIBS@/tgcfg/ok
+% program bin/zelno
+% env @SEARCHVAR@=@SEARCH(@TESTLIBS@/tgcfg/ok)@
 % file target.tgcfg
 % file board.dat
 % file other.dat
@@ -16,7 +17,7 @@
 % file dir.dat/file
 % file board.DAT
 % file target.Tgcfg
-% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so wattscope/libwattscopestandalone.so
+% copy @TESTLIBS@/usecase/basic/@LIB(wattscopestandalone)@ wattscope/@LIB(wattscopestandalone)@
 < disconnect
 < connect --config board.dat hosted
 < prodtest -i b.txt
@@ -88,4 +89,4 @@
 = prodtest_destroy 6 runs=1 stops=0 end=self
 % expect-file ws_board.dat
 = converted target.tgcfg
-= search @TESTLIBS@/tgcfg/ok:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk
+= search @SEARCH(@TESTLIBS@/tgcfg/ok:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk)@
