@@ -53,8 +53,9 @@ void log_command(argument_list& args, command_queue& queue) {
 
 void enable_command_log(const std::string& file_name) {
     // A stream that already holds a file keeps it: the open only sets the
-    // fail bit, and the lines go on to the first file.
-    command_log_stream.open(file_name, std::ios_base::out);
+    // fail bit, and the lines go on to the first file. Binary, so that the
+    // lines end alike on every platform.
+    command_log_stream.open(file_name, std::ios_base::out | std::ios_base::binary);
     command_log_enabled = true;
     command_log_stream.attach_clog();
 }

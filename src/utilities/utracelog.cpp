@@ -85,7 +85,9 @@ void uTraceLog::write_list(uint32_t mask, uint32_t mode, const char* format, va_
     const std::size_t length = build_line(mask, mode, format, arguments);
 
     if (!file_opened) {
-        file_opened = log_file.open(log_file_name.c_str(), append_mode ? "a+" : "w+");
+        // Binary: the file gets the line's bytes as they are, with the same
+        // line ends on every platform.
+        file_opened = log_file.open(log_file_name.c_str(), append_mode ? "a+b" : "w+b");
     }
     // A file that can't be opened loses the line; the echoes still happen.
     log_file.write(line_buffer.data(), length);

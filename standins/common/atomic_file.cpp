@@ -13,7 +13,8 @@ bool write_file_atomically(const std::string& path, std::string_view content, st
     }
     size_t done = 0;
     int failure = write_all(temp.file, content, done) ? 0 : errno;
-    if (failure == 0 && !publish_temp(temp, path)) {
+    file_handle none = no_file;
+    if (failure == 0 && !publish_temp(temp, path, none)) {
         failure = errno;
     }
     if (failure == 0) {

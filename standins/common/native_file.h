@@ -62,10 +62,13 @@ struct temp_file {
 };
 temp_file create_temp_beside(const std::string& path);
 
-// Puts the temporary file in place of `path`, replacing what is there; false
-// with errno when it can't, the temporary file then still open. The file
-// stays open either way, writing at its end.
-bool publish_temp(temp_file& temp, const std::string& path);
+// Puts the temporary file in place of `path`, replacing what is there, and
+// closes `replaced`, a handle open on that file or no_file; false with errno
+// when it can't, the temporary file then still open and `replaced` open on
+// the old file if it can be. The temporary file stays open either way,
+// writing at its end. (Windows can't replace a file that is open, so there
+// `replaced` is closed first and opened again after a failure.)
+bool publish_temp(temp_file& temp, const std::string& path, file_handle& replaced);
 
 // Closes the temporary file and removes any name it has.
 void discard_temp(temp_file& temp);

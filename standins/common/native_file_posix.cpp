@@ -198,7 +198,7 @@ temp_file create_temp_beside(const std::string& path) {
     return temp;
 }
 
-bool publish_temp(temp_file& temp, const std::string& path) {
+bool publish_temp(temp_file& temp, const std::string& path, file_handle& replaced) {
     if (temp.name.empty()) {
         // A name only for the moment of the rename: a link can't replace a file.
         const std::string self = "/proc/self/fd/" + std::to_string(temp.file);
@@ -214,6 +214,10 @@ bool publish_temp(temp_file& temp, const std::string& path) {
         return false;
     }
     temp.name.clear();
+    if (replaced != no_file) {
+        ::close(fd_of(replaced));
+        replaced = no_file;
+    }
     return ::lseek(fd_of(temp.file), 0, SEEK_END) >= 0;
 }
 

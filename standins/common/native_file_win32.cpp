@@ -52,6 +52,8 @@ int errno_of(DWORD error) {
             return ENOMEM;
         case ERROR_DIRECTORY:
             return ENOTDIR;
+        case ERROR_PIPE_BUSY:
+            return EBUSY;
         default:
             return EIO;
     }
@@ -119,11 +121,17 @@ std::string temp_name(const std::string& path) {
 }  // namespace
 
 file_handle open_for_output(const std::string& path, file_kind& kind) {
-    if (is_folder(path)) {
-        errno = EISDIR;  // CreateFileA would only say that access is denied.
-        return no_file;
+    // What exists is opened as it is: a pipe refuses to be opened "always".
+    constexpr DWORD access = GENERIC_READ | GENERIC_WRITE;
+    file_handle file = open_checked(path, access, OPEN_EXISTING, 0, kind);
+    if (file == no_file && errno == ENOENT) {
+        file = open_checked(path, access, OPEN_ALWAYS, 0, kind);
     }
-    return open_checked(path, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS, 0, kind);
+    // Asked only now: looking a pipe's attributes up takes its free instance.
+    if (file == no_file && errno == EACCES && is_folder(path)) {
+        errno = EISDIR;  // CreateFileA only says that access is denied.
+    }
+    return file;
 }
 
 file_handle open_for_input(const std::string& path, file_kind& kind) {
@@ -276,9 +284,17 @@ temp_file create_temp_beside(const std::string& path) {
     return temp;
 }
 
-bool publish_temp(temp_file& temp, const std::string& path) {
+bool publish_temp(temp_file& temp, const std::string& path, file_handle& replaced) {
+    if (replaced != no_file) {
+        ::CloseHandle(handle_of(replaced));
+        replaced = no_file;
+    }
     if (::MoveFileExA(temp.name.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING) == 0) {
         set_errno();
+        const int reason = errno;
+        file_kind kind = file_kind::other;
+        replaced = open_for_output(path, kind);  // Keep writing the old file, if it is still there.
+        errno = reason;
         return false;
     }
     temp.name.clear();

@@ -12,9 +12,6 @@
 // time in ns on standard error as "simdrive: cpu_ns=<n> wall_ns=<n>" after
 // the run.
 
-#include <dlfcn.h>
-#include <sys/resource.h>
-
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
@@ -25,19 +22,13 @@
 #include <string_view>
 #include <thread>
 
+#include "common/native_library.h"
 #include "usecases/usecase_abi.h"
 
 namespace {
 
-int64_t cpu_ns() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    auto ns = [](const timeval& t) { return int64_t{t.tv_sec} * 1'000'000'000 + t.tv_usec * 1000; };
-    return ns(usage.ru_utime) + ns(usage.ru_stime);
-}
-
 void* symbol(void* library, const char* name) {
-    void* address = dlsym(library, name);
+    void* address = standin::library_symbol(library, name);
     if (address == nullptr) {
         std::fprintf(stderr, "simdrive: %s not found\n", name);
         std::exit(2);
@@ -45,10 +36,11 @@ void* symbol(void* library, const char* name) {
     return address;
 }
 
-void* open_library(const char* name) {
-    void* library = dlopen(name, RTLD_NOW);
+void* open_library(const char* base) {
+    std::string error;
+    void* library = standin::open_library(base, error);
     if (library == nullptr) {
-        std::fprintf(stderr, "simdrive: %s\n", dlerror());
+        std::fprintf(stderr, "simdrive: %s\n", error.c_str());
         std::exit(2);
     }
     return library;
@@ -96,7 +88,7 @@ template <typename Options, typename Create, typename Run, typename Stop, typena
 int drive(void* library, const Options& options, int32_t duration_ms, const char* create,
           const char* run, const char* stop, const char* destroy) {
     const auto start_wall = std::chrono::steady_clock::now();
-    const int64_t start_cpu = cpu_ns();
+    const int64_t start_cpu = standin::process_cpu_ns();
     void* handle = nullptr;
     reinterpret_cast<Create>(symbol(library, create))(&options, &handle);
     if (handle == nullptr) {
@@ -109,7 +101,7 @@ int drive(void* library, const Options& options, int32_t duration_ms, const char
     const auto wall = std::chrono::steady_clock::now() - start_wall;
     std::fprintf(
         stderr, "simdrive: result=%d cpu_ns=%lld wall_ns=%lld\n", result,
-        static_cast<long long>(cpu_ns() - start_cpu),
+        static_cast<long long>(standin::process_cpu_ns() - start_cpu),
         static_cast<long long>(std::chrono::duration_cast<std::chrono::nanoseconds>(wall).count()));
     return result < 0 ? 1 : 0;
 }
@@ -125,7 +117,7 @@ int main(int argc, char** argv) {
         if (argc != 4) {
             usage();
         }
-        void* library = open_library("libtgcfgsetup.so");
+        void* library = open_library("tgcfgsetup");
         using convert_fn = int (*)(std::string, std::string);
         const int result = reinterpret_cast<convert_fn>(symbol(library, "TGCFGToBoardConfigFile"))(
             argv[2], argv[3]);
@@ -176,7 +168,7 @@ int main(int argc, char** argv) {
             usage();
         }
     }
-    void* library = open_library("libwattscopestandalone.so");
+    void* library = open_library("wattscopestandalone");
     if (command == "wattscope") {
         return drive<wattscope_options, wattscope_create_fn, wattscope_run_fn, wattscope_stop_fn,
                      wattscope_destroy_fn>(library, watt, watt.duration, "wattscope_create",

@@ -59,9 +59,9 @@ capture_file::~capture_file() {
     cancel_rewrite();
     if (file_ != no_file) {
         close_file(file_);
-        if (regular_) {
-            release(identity_);
-        }
+    }
+    if (claimed_) {
+        release(identity_);
     }
 }
 
@@ -95,6 +95,7 @@ bool capture_file::open(const std::string& path, std::string& error) {
     }
     file_ = file;
     identity_ = identity;
+    claimed_ = regular_;
     if (regular_ && !truncate_file(file_, 0)) {
         error = "cannot create output file '" + path + "': " + std::strerror(errno);
         return false;
@@ -140,6 +141,9 @@ bool capture_file::flush() {
 }
 
 bool capture_file::still_there() {
+    if (!regular_) {
+        return true;  // A device's name is the system's; Windows gives NUL no identity.
+    }
     file_identity named;
     if (!has_name(file_) || !identity_of(path_, named) || named != identity_) {
         error_ = path_ + " was removed or replaced during the capture";
@@ -155,12 +159,11 @@ size_t capture_file::read_at(uint64_t offset, char* into, size_t count) const {
 
 bool capture_file::replace_with(temp_file& temp, uint64_t head, uint64_t cut) {
     file_identity identity;
-    if (!identity_of(temp.file, identity) || !publish_temp(temp, path_)) {
+    if (!identity_of(temp.file, identity) || !publish_temp(temp, path_, file_)) {
         const int reason = errno;
         discard_temp(temp);
         return fail("cannot rewrite " + path_, reason);
     }
-    close_file(file_);
     release(identity_);
     claim(identity);
     file_ = temp.file;

@@ -80,6 +80,7 @@ class capture_file {
     file_handle file_ = no_file;
     bool regular_ = true;
     file_identity identity_;
+    bool claimed_ = false;  // identity_ is in the set of outputs.
     uint64_t written_ = 0;  // Bytes in the file.
     std::unique_ptr<char[]> buffer_;
     size_t capacity_ = 0;

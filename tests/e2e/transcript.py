@@ -3,6 +3,7 @@
 
 import os
 import re
+import select
 import shutil
 import signal
 import subprocess
@@ -160,10 +161,20 @@ def converse(t, process):
     arrived = threading.Condition()
 
     def read(key):
-        for chunk in iter(lambda: os.read(getattr(process, key).fileno(), 65536), b""):
-            with arrived:
-                output[key] += chunk
-                arrived.notify_all()
+        # Until zelno has ended and the pipe is drained, not until the pipe's
+        # end: a process that Wine starts may hold the pipe open.
+        stream = getattr(process, key).fileno()
+        while True:
+            ended = process.poll() is not None
+            if select.select([stream], [], [], 0 if ended else 0.1)[0]:
+                chunk = os.read(stream, 65536)
+                if not chunk:
+                    return
+                with arrived:
+                    output[key] += chunk
+                    arrived.notify_all()
+            elif ended:
+                return
 
     readers = [threading.Thread(target=read, args=(key,)) for key in output]
     for r in readers:

@@ -48,7 +48,7 @@ TEST(converter, malformed_targets_are_refused_and_change_no_file) {
         EXPECT_EQ(errors.str().rfind("tgcfgsetup: " + input + ":" + message, 0), 0u)
             << errors.str();
         EXPECT_EQ(read_file(output), "older\n");
-        EXPECT_EQ(dir.names().size(), 2u);
+        EXPECT_EQ(dir.count(), 2);
     }
 }
 

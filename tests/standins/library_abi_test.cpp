@@ -1,21 +1,21 @@
 // The simulator as zelno meets it: loaded, run, watched and stopped across threads.
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <thread>
 
 #include "scratch_dir.h"
 #include "usecases/usecase_abi.h"
+#include "utilities/udll.h"
 
 namespace {
 
 // Its progress grows while it runs: samples in the file, their mean, energy.
 TEST(simulator_library, a_capture_runs_on_one_thread_and_reports_progress_to_another) {
-    void* library = dlopen(ZELNO_LIBRARY_DIR "/libwattscopestandalone.so", RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(library, nullptr) << dlerror();
-    ASSERT_NE(dlsym(library, "prodtest_progress"), nullptr);
-    auto find = [&](const char* name) { return dlsym(library, name); };
+    VX_UTL::uDll library(nullptr, 0);
+    ASSERT_TRUE(library.load_file(ZELNO_SIMULATOR_FILE)) << library.last_error();
+    ASSERT_NE(library.get_symbol("prodtest_progress"), nullptr);
+    auto find = [&](const char* name) { return library.get_symbol(name); };
     standin_test::scratch_dir dir;
     void* handle = nullptr;
     {

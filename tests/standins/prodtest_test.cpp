@@ -1,5 +1,7 @@
-#include <expat.h>
 #include <gtest/gtest.h>
+#if ZELNO_HAVE_EXPAT
+#include <expat.h>
+#endif
 
 #include <sstream>
 #include <thread>
@@ -77,6 +79,7 @@ TEST(test_description, malformed_files_are_refused_with_file_and_line) {
     }
 }
 
+#if ZELNO_HAVE_EXPAT  // Debian has no MinGW build of expat; the report's code is the same.
 // Names are bytes from the file system: whatever they hold, an XML parser
 // must accept the report and give back every character that XML can hold.
 TEST(junit_report, is_well_formed_xml_whatever_the_names_hold) {
@@ -102,5 +105,6 @@ TEST(junit_report, is_well_formed_xml_whatever_the_names_hold) {
     }
     EXPECT_EQ(suite, replaced);
 }
+#endif
 
 }  // namespace

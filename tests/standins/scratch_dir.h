@@ -2,9 +2,17 @@
 
 // A fresh directory per test, removed with everything in it afterwards.
 
-#include <cstdlib>
+#ifdef _WIN32
+#include <windows.h>
+#define STANDIN_TEST_NULL_DEVICE "NUL"
+#else
+#include <sys/stat.h>
+#define STANDIN_TEST_NULL_DEVICE "/dev/null"
+#endif
+
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -14,8 +22,11 @@ namespace standin_test {
 class scratch_dir {
   public:
     scratch_dir() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "standin-XXXXXX").string();
-        path_ = ::mkdtemp(pattern.data());
+        const auto base = std::filesystem::temp_directory_path() / "standin-";
+        for (std::random_device random;
+             path_.empty() || !std::filesystem::create_directory(path_);) {
+            path_ = base.string() + std::to_string(random());
+        }
     }
     ~scratch_dir() {
         std::error_code ignored;
@@ -29,17 +40,26 @@ class scratch_dir {
         std::ofstream(file(name), std::ios::binary) << content;
         return file(name);
     }
-    std::vector<std::string> names() const {
-        std::vector<std::string> found;
-        for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-            found.push_back(entry.path().filename().string());
-        }
-        return found;
-    }
+    auto count() const { return std::distance(std::filesystem::directory_iterator(path_), {}); }
 
   private:
     std::string path_;
 };
+
+// A FIFO, whose opener would wait for the other end; on Windows a named pipe
+// of two instances, as a look at its identity takes one (closed at exit).
+inline std::string make_pipe(const scratch_dir& dir) {
+#ifdef _WIN32
+    const std::string path =
+        "\\\\.\\pipe\\" + std::filesystem::path(dir.file("")).parent_path().filename().string();
+    ::CreateNamedPipeA(path.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 2, 0, 0, 0, nullptr);
+    ::CreateNamedPipeA(path.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 2, 0, 0, 0, nullptr);
+    return path;
+#else
+    ::mkfifo(dir.file("fifo").c_str(), 0600);
+    return dir.file("fifo");
+#endif
+}
 
 inline std::string read_file(const std::string& path) {
     std::ostringstream content;

@@ -1,7 +1,6 @@
 #include "common/text_input.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <tuple>
 
@@ -30,16 +29,16 @@ TEST(text_input, numbers_convert_exactly_or_say_why_not) {
 // Never a content error for what could not be read, and never a wait on a FIFO.
 TEST(text_input, files_that_cannot_be_read_say_why) {
     standin_test::scratch_dir dir;
-    ::mkdir(dir.file("dir.dat").c_str(), 0755);
-    ::mkfifo(dir.file("fifo.dat").c_str(), 0644);
-    for (const auto& [name, reason] : {std::pair{"none.dat", "No such file or directory"},
-                                       {"dir.dat", "Is a directory"},
-                                       {"fifo.dat", "Not a regular file"}}) {
+    std::filesystem::create_directory(dir.file("dir.dat"));
+    const std::string fifo = standin_test::make_pipe(dir);
+    for (const auto& [name, reason] : {std::pair{dir.file("none.dat"), "No such file or directory"},
+                                       {dir.file("dir.dat"), "Is a directory"},
+                                       {fifo, "Not a regular file"}}) {
         try {
-            standin::read_whole_file(dir.file(name));
+            standin::read_whole_file(name);
             ADD_FAILURE() << name << " was read";
         } catch (const standin::input_error& e) {
-            EXPECT_EQ(e.what(), "cannot read " + dir.file(name) + ": " + reason);
+            EXPECT_EQ(e.what(), "cannot read " + name + ": " + reason);
         }
     }
     EXPECT_EQ(standin::read_whole_file(dir.write("a.dat", "abc")), "abc");

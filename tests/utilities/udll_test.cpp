@@ -1,7 +1,6 @@
 #include "utilities/udll.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
@@ -9,26 +8,47 @@
 #include <thread>
 #include <vector>
 
+#include "utilities/uenv.h"
+#include "utilities/upath.h"
+#include "utilities/uplatform.h"
+
 namespace {
 
 using VX_UTL::uDll;
+using VX_UTL::uEnv;
+namespace uPlatform = VX_UTL::uPlatform;
 
-const std::string double_dir = ZELNO_TEST_LIBRARY_DIR "/udll";
+const bool windows = std::string(uPlatform::library_suffix) == ".dll";
+
+std::string file_of(const char* base) {
+    std::string file;
+    return uDll::library_file_name(file, base);
+}
+
+// The doubles' folder, or a file in it, in the platform's form.
+std::string double_path(const char* base = nullptr) {
+    std::string path;
+    VX_UTL::uPath::append(path, ZELNO_TEST_LIBRARY_DIR "/udll");
+    return base != nullptr ? path + uPlatform::path_separator + file_of(base) : path;
+}
 
 TEST(udll, file_names_follow_the_suffix_rule) {
-    // Base, file name, file name of ABI version 0. The suffix test is a
-    // case-sensitive search, and the suffix alone is no name.
+    // Base; file name and that of ABI version 0 on POSIX; file name on Windows,
+    // with no version. A case-sensitive search; the suffix alone is no name.
     // clang-format off
-    const char* const rows[][3] = {
-        {"tgcfgsetup", "libtgcfgsetup.so", "libtgcfgsetup.so.0"}, {"libx.so", "libx.so", "libx.so"},
-        {"libx.so.0", "libx.so.0", "libx.so.0"}, {"x.SO", "libx.SO.so", "libx.SO.so.0"},
-        {".so", "lib.so.so", "lib.so.so.0"}};
+    const char* const rows[][4] = {
+        {"tgcfgsetup", "libtgcfgsetup.so", "libtgcfgsetup.so.0", "tgcfgsetup.dll"},
+        {".dll.so", ".dll.so", ".dll.so", ".dll.so"}, {".so.dll", ".so.dll", ".so.dll", ".so.dll"},
+        {"x.SO.DLL", "libx.SO.DLL.so", "libx.SO.DLL.so.0", "x.SO.DLL.dll"},
+        {".so", "lib.so.so", "lib.so.so.0", ".so.dll"},
+        {".dll", "lib.dll.so", "lib.dll.so.0", ".dll.dll"}};
     // clang-format on
     for (const auto& row : rows) {
         std::string file = "<";
-        EXPECT_EQ(uDll::library_file_name(file, row[0]), "<" + std::string(row[1]));
+        EXPECT_EQ(uDll::library_file_name(file, row[0]), "<" + std::string(row[windows ? 3 : 1]));
         std::string versioned;
-        EXPECT_STREQ(uDll::versioned_library_file_name(versioned, row[0], "0"), row[2]);
+        EXPECT_STREQ(uDll::versioned_library_file_name(versioned, row[0], "0"),
+                     row[windows ? 3 : 2]);
     }
     std::string untouched = "kept";
     EXPECT_STREQ(uDll::library_file_name(untouched, nullptr), "kept");
@@ -40,12 +60,16 @@ TEST(udll, load_and_look_up_on_several_threads) {
     uDll library(nullptr, -1);
     EXPECT_EQ(library.get_symbol("udll_one_answer"), nullptr);
     EXPECT_FALSE(library.load(nullptr, -1));
-    EXPECT_FALSE(library.load("libzelno_no_such_library.so", -1));
-    EXPECT_EQ(library.last_error().rfind("failed to load libzelno_no_such_library.so: ", 0), 0u)
+    const std::string missing = file_of("zelno_no_such_library");
+    EXPECT_FALSE(library.load(missing.c_str(), -1));
+    // 126: the module was not found.
+    EXPECT_EQ(library.last_error().rfind(
+                  "failed to load " + missing + (windows ? " with error code 126" : ": "), 0),
+              0u)
         << library.last_error();
-    ASSERT_TRUE(library.load((double_dir + "/libudll_one.so").c_str(), -1));
+    ASSERT_TRUE(library.load(double_path("udll_one").c_str(), -1));
     EXPECT_EQ(library.last_error(), "");
-    EXPECT_TRUE(library.load((double_dir + "/libudll_two.so").c_str(), -1));
+    EXPECT_TRUE(library.load(double_path("udll_two").c_str(), -1));
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&library, t] {
@@ -59,31 +83,40 @@ TEST(udll, load_and_look_up_on_several_threads) {
         thread.join();
     }
     EXPECT_EQ(library.get_symbol("udll_two_answer"), nullptr);
-    EXPECT_NE(library.last_error().find("udll_two_answer"), std::string::npos);
+    // 127: the procedure was not found.
+    EXPECT_NE(
+        library.last_error().find(windows ? "GetLastError() returned 127" : "udll_two_answer"),
+        std::string::npos);
     const auto answer = reinterpret_cast<int (*)()>(library.get_symbol("udll_one_answer"));
     ASSERT_NE(answer, nullptr);
     EXPECT_EQ(answer(), 42);
     EXPECT_EQ(library.last_error(), "");
 }
 
-// The loader read LD_LIBRARY_PATH at process start; directories added since
-// must count all the same, and a file there that won't load says why.
+// Directories added to the search variable after the process started count
+// for a load by bare name, and a file there that won't load says why.
 TEST(udll, search_reads_the_variable_as_it_stands_now) {
-    ASSERT_FALSE(uDll(nullptr, -1).load("libudll_one.so", -1));
+    ASSERT_FALSE(uDll(nullptr, -1).load(file_of("udll_one").c_str(), -1));
     const std::string broken_dir = testing::TempDir() + "udll_broken";
     std::filesystem::create_directories(broken_dir);
-    std::ofstream(broken_dir + "/libudll_broken.so") << "not a library\n";
-    const char* old = getenv("LD_LIBRARY_PATH");
-    const std::string old_value = old != nullptr ? old : "";
+    std::ofstream(broken_dir + uPlatform::path_separator + file_of("udll_broken")) << "junk\n";
+    const char* variable = uPlatform::library_search_variable;
+    const std::string old_value = uEnv::get(variable);
+    const std::string separator = uPlatform::library_search_separator;
     // An empty entry is skipped, not read as the working directory.
-    setenv("LD_LIBRARY_PATH", (old_value + "::" + broken_dir + ":" + double_dir).c_str(), 1);
+    uEnv::set(variable, (old_value + separator).c_str());
+    uDll::add_search_directory(broken_dir);
+    uDll::add_search_directory(double_path());
+    EXPECT_EQ(uEnv::get(variable),
+              old_value + separator + separator + broken_dir + separator + double_path());
     uDll one(nullptr, -1);
-    EXPECT_TRUE(one.load("libudll_one.so", -1)) << one.last_error();
+    EXPECT_TRUE(one.load(file_of("udll_one").c_str(), -1)) << one.last_error();
     uDll broken(nullptr, -1);
-    EXPECT_FALSE(broken.load("libudll_broken.so", -1));
-    EXPECT_NE(broken.last_error().find(broken_dir + "/libudll_broken.so"), std::string::npos)
+    EXPECT_FALSE(broken.load(file_of("udll_broken").c_str(), -1));
+    // 193: not a valid program file.
+    EXPECT_NE(broken.last_error().find(windows ? "error code 193" : broken_dir), std::string::npos)
         << broken.last_error();
-    setenv("LD_LIBRARY_PATH", old_value.c_str(), 1);
+    uEnv::set(variable, old_value.c_str());
 }
 
 }  // namespace

@@ -1,17 +1,18 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <future>
 #include <memory>
-#include <semaphore>
 #include <thread>
 
 #include "utilities/umutex.h"
 #include "utilities/uthread.h"
+
+// The calling thread's priority as the platform keeps it, and what it is in
+// a thread started with `asked` by one that has `inherited`.
+int own_priority();
+int priority_after(int inherited, int asked);
 
 namespace {
 
@@ -19,21 +20,19 @@ using VX_UTL::uMutex;
 using VX_UTL::uRunnable;
 using VX_UTL::uThread;
 
-int own_nice_value() {
-    return getpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)));
-}
-
-// Runs until the test lets it go; notes its thread's nice value first.
+// Runs until the test lets it go; notes its thread's priority first.
 struct gated_body : uRunnable {
     void run() override {
-        nice = own_nice_value();
-        entered.release();
-        released.acquire();
-        ++runs;  // The last touch of the object, so a test may end once it sees it.
+        priority = own_priority();
+        entered.set_value();
+        released.get_future().wait();
+        ++runs;
+        left.set_value();
     }
-    std::binary_semaphore entered{0}, released{0};
+    // Not semaphores: MinGW's hung here under Wine, waking no waiter.
+    std::promise<void> entered, released, left;
     std::atomic<int> runs{0};
-    int nice = 0;
+    int priority = 0;
 };
 
 TEST(uthread, wait_answers_by_the_end_and_one_object_runs_one_body_once) {
@@ -41,15 +40,15 @@ TEST(uthread, wait_answers_by_the_end_and_one_object_runs_one_body_once) {
     uThread thread(&body, 0, 0);
     EXPECT_FALSE(thread.wait(uThread::infinite));  // Not started: false at once.
     ASSERT_TRUE(thread.start());
-    body.entered.acquire();
+    body.entered.get_future().wait();
     EXPECT_FALSE(thread.wait(5));
     EXPECT_FALSE(thread.start());
-    body.released.release();
+    body.released.set_value();
     EXPECT_TRUE(thread.wait(uThread::infinite));
     EXPECT_TRUE(thread.wait(0));
     EXPECT_FALSE(thread.start());
     EXPECT_EQ(body.runs, 1);
-    EXPECT_EQ(body.nice, own_nice_value());
+    EXPECT_EQ(body.priority, priority_after(own_priority(), 0));
     uThread empty(nullptr, 0, 0);
     ASSERT_TRUE(empty.start());
     EXPECT_TRUE(empty.wait(uThread::infinite));
@@ -57,16 +56,14 @@ TEST(uthread, wait_answers_by_the_end_and_one_object_runs_one_body_once) {
 
 // Lower, which needs no privilege; in place before the body starts.
 TEST(uthread, a_stack_below_the_minimum_and_a_lower_priority) {
-    gated_body body;
+    static gated_body body;  // The thread's last touch of it may follow the wait.
     auto thread = std::make_unique<uThread>(&body, -2, 1);
     ASSERT_TRUE(thread->start());
-    body.entered.acquire();
-    EXPECT_EQ(body.nice, std::min(own_nice_value() + 2, 19));
+    body.entered.get_future().wait();
+    EXPECT_EQ(body.priority, priority_after(own_priority(), -2));
     thread.reset();  // The thread goes on without the object.
-    body.released.release();
-    while (body.runs == 0) {
-        std::this_thread::yield();
-    }
+    body.released.set_value();
+    body.left.get_future().wait();
 }
 
 TEST(umutex, is_held_until_the_holders_last_unlock) {

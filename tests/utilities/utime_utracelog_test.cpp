@@ -143,7 +143,7 @@ TEST_F(trace_log_test, lines_by_flags_stamp_and_line_end_to_stdout_and_file) {
             testing::internal::CaptureStdout();
             log.write(1, 0, "lost");
             fs::create_directory(file.parent_path());
-            std::ofstream(file) << "old\n";
+            std::ofstream(file, std::ios::binary) << "old\n";
             for (const auto& r : rows) {
                 log.write(r.mask, r.mode, "%s", r.message.c_str());
                 lines += r.line.empty() ? "" : r.line + "\n";

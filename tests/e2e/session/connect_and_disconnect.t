@@ -13,7 +13,7 @@
 % file board.dat
 % file other.dat
 % file nodot
-% file trailing.
+% file board.dat.old
 % file dir.dat/file
 % file board.DAT
 % file target.Tgcfg
@@ -38,7 +38,7 @@
 < disconnect
 < prodtest -i g.txt
 < connect --config nodot hosted
-< connect --config trailing. hosted
+< connect --config board.dat.old hosted
 < connect --config dir.dat/file hosted
 < connect --config board.DAT hosted
 < connect --config target.Tgcfg hosted
@@ -70,7 +70,7 @@
 ! connect: missing option <hosted|prb>
 ! Session must be connected before running use case
 ! Incorrect connection file nodot. Must be a .dat or .tgcfg.
-! Incorrect connection file trailing.. Must be a .dat or .tgcfg.
+! Incorrect connection file board.dat.old. Must be a .dat or .tgcfg.
 ! Incorrect connection file dir.dat/file. Must be a .dat or .tgcfg.
 ! Incorrect connection file board.DAT. Must be a .dat or .tgcfg.
 ! Incorrect connection file target.Tgcfg. Must be a .dat or .tgcfg.
