@@ -1,8 +1,7 @@
 #include <windows.h>
 
 #include <cstdlib>
-#include <cstring>
-#include <sstream>
+#include <regex>
 
 #include "host.h"
 
@@ -11,18 +10,9 @@ const char* const library_search_variable = "PATH";
 std::string library_search_path() {
     std::string value(32767, '\0');  // The most a variable holds.
     value.resize(GetEnvironmentVariableA(library_search_variable, value.data(), 32767));
-    char system[MAX_PATH];
-    const UINT system_length = GetWindowsDirectoryA(system, MAX_PATH);
-    std::istringstream entries(value);
-    std::string kept, entry;
-    const char* separator = "";
-    while (std::getline(entries, entry, ';')) {
-        if (_strnicmp(entry.c_str(), system, system_length) != 0) {
-            kept += separator + entry;
-            separator = ";";
-        }
-    }
-    return kept;
+    // The system's own entries lie in the Windows folder.
+    return std::regex_replace(value,
+                              std::regex(R"([a-z]:\\windows(\\[^;]*)?;?)", std::regex::icase), "");
 }
 
 void* library_function(const char* path, const char* name) {

@@ -97,11 +97,9 @@ class Transcript:
 
     def expand(self, text):
         """Placeholders replaced, innermost first; unknown ones stay."""
-        while True:
-            expanded = re.sub(r"@(\w+)(?:\(([^()@]*)\))?@", self.substitute, text)
-            if expanded == text:
-                return text
+        while (expanded := re.sub(r"@(\w+)(?:\(([^()@]*)\))?@", self.substitute, text)) != text:
             text = expanded
+        return text
 
     def substitute(self, m):
         if m[2] is None:
@@ -129,7 +127,6 @@ def place(work, name):
 def prepare(t, work):
     """Makes the work directory's files; gives the zelno to run and its environment."""
     env = dict(os.environ, WINEDEBUG="-all")
-    env.pop("WINEPATH", None)
     for verb, argument in t.setup:
         if verb in ("env", "unset"):
             name, _, value = argument.partition("=")
@@ -145,14 +142,11 @@ def prepare(t, work):
             with open(place(work, argument[0]), "w", encoding="utf-8") as f:
                 f.write(argument[1].readable)
     zelno = os.environ["ZELNO"]
-    if not t.program:
-        return zelno, env
-    program = shutil.copy(zelno, place(work, t.program + os.path.splitext(zelno)[1]))
-    # argtable2 is a system library on Linux; on Windows it lives beside zelno.
-    argtable = os.path.join(os.path.dirname(program), library("argtable2"))
-    if WINDOWS and not os.path.exists(argtable):
+    program = t.program and shutil.copy(zelno, place(work, t.program + os.path.splitext(zelno)[1]))
+    argtable = program and os.path.join(os.path.dirname(program), library("argtable2"))
+    if WINDOWS and program and not os.path.exists(argtable):  # a system library on Linux
         shutil.copy(os.environ["ZELNO_ARGTABLE2_DLL"], argtable)
-    return program, env
+    return program or zelno, env
 
 
 def converse(t, process):

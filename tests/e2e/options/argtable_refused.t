@@ -1,8 +1,6 @@
 # An argtable2 that lacks arg_dbln, which no command calls, is refused all
 # the same, at every command that parses options and each time anew. The
 # text has no line end of its own. Commands without options work as usual.
-# On the search path for Linux; beside the program for Windows, whose loader
-# looks there first.
 % program bin/zelno
 % env @SEARCHVAR@=@SEARCH(@TESTLIBS@/argtable_no_dbln)@
 % copy @TESTLIBS@/argtable_no_dbln/@LIB(argtable2,0)@ bin/@LIB(argtable2,0)@
