@@ -3,6 +3,7 @@
 
 import os
 import re
+import select
 import shutil
 import signal
 import subprocess
@@ -13,6 +14,20 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 TIMEOUT = 60.0
+# A Windows zelno runs under Wine, whose loader reads PATH, with `;` between
+# entries and `\` in paths.
+WINDOWS = os.environ.get("ZELNO", "").endswith(".exe")
+
+
+def library(argument):
+    """`base` or `base,version` as the platform names the library's file."""
+    base, _, version = argument.partition(",")
+    return base + ".dll" if WINDOWS else "lib" + base + ".so" + ("." + version if version else "")
+
+
+FUNCTIONS = {"LIB": library,
+             "PATH": lambda text: text.replace("/", "\\") if WINDOWS else text,
+             "SEARCH": lambda text: text.replace("/", "\\").replace(":", ";") if WINDOWS else text}
 
 
 def unescape(text):
@@ -52,14 +67,14 @@ class Transcript:
         self.cwd, self.program, self.status = ".", None, "0"
         block = None  # the Expected of the file that "=" lines fill
         for number, line in enumerate(self.read_lines(path), 1):
-            marker, _, rest = line.partition(" ")
-            rest = self.expand(rest)
+            marker, _, raw = line.partition(" ")
+            rest = self.expand(raw)
             verb, _, argument = rest.partition(" ")
             if line == "" or line.startswith("#"):
                 block = block if line else None
             elif marker in MARKERS and (block is not None or MARKERS[marker][0] != "block"):
                 target, ending, is_regex = MARKERS[marker]
-                text = rest if is_regex else unescape(rest) + ending
+                text = raw if is_regex else self.expand(unescape(raw)) + ending
                 if target == "stdin":
                     self.steps.append(("write", text))
                 else:
@@ -81,7 +96,15 @@ class Transcript:
                 raise SyntaxError(f"{path}:{number}: can't read {line!r}")
 
     def expand(self, text):
-        return re.sub(r"@(\w+)@", lambda m: self.names.get(m[1], m[0]), text)
+        """Placeholders replaced, innermost first; unknown ones stay."""
+        while (expanded := re.sub(r"@(\w+)(?:\(([^()@]*)\))?@", self.substitute, text)) != text:
+            text = expanded
+        return text
+
+    def substitute(self, m):
+        if m[2] is None:
+            return self.names.get(m[1], m[0])
+        return FUNCTIONS[m[1]](m[2]) if m[1] in FUNCTIONS else m[0]
 
     def read_lines(self, path):
         """The file's lines, each `% include NAME` replaced by include/NAME.inc."""
@@ -103,12 +126,15 @@ def place(work, name):
 
 def prepare(t, work):
     """Makes the work directory's files; gives the zelno to run and its environment."""
-    env = dict(os.environ)
+    env = dict(os.environ, WINEDEBUG="-all")
     for verb, argument in t.setup:
-        if verb == "env":
-            env.update([argument.split("=", 1)])
-        elif verb == "unset":
-            env.pop(argument, None)
+        if verb in ("env", "unset"):
+            name, _, value = argument.partition("=")
+            name = "WINEPATH" if WINDOWS and name == "PATH" else name  # Wine puts it before its own
+            if verb == "env":
+                env[name] = value
+            else:
+                env.pop(name, None)
         elif verb == "copy":
             source, _, target = argument.partition(" ")
             shutil.copy(source, place(work, target or os.path.basename(source)))
@@ -116,7 +142,11 @@ def prepare(t, work):
             with open(place(work, argument[0]), "w", encoding="utf-8") as f:
                 f.write(argument[1].readable)
     zelno = os.environ["ZELNO"]
-    return shutil.copy(zelno, place(work, t.program)) if t.program else zelno, env
+    program = t.program and shutil.copy(zelno, place(work, t.program + os.path.splitext(zelno)[1]))
+    argtable = program and os.path.join(os.path.dirname(program), library("argtable2"))
+    if WINDOWS and program and not os.path.exists(argtable):  # a system library on Linux
+        shutil.copy(os.environ["ZELNO_ARGTABLE2_DLL"], argtable)
+    return program or zelno, env
 
 
 def converse(t, process):
@@ -125,10 +155,20 @@ def converse(t, process):
     arrived = threading.Condition()
 
     def read(key):
-        for chunk in iter(lambda: os.read(getattr(process, key).fileno(), 65536), b""):
-            with arrived:
-                output[key] += chunk
-                arrived.notify_all()
+        # Until zelno has ended and the pipe is drained, not until the pipe's
+        # end: a process that Wine starts may hold the pipe open.
+        stream = getattr(process, key).fileno()
+        while True:
+            ended = process.poll() is not None
+            if select.select([stream], [], [], 0 if ended else 0.1)[0]:
+                chunk = os.read(stream, 65536)
+                if not chunk:
+                    return
+                with arrived:
+                    output[key] += chunk
+                    arrived.notify_all()
+            elif ended:
+                return
 
     readers = [threading.Thread(target=read, args=(key,)) for key in output]
     for r in readers:
@@ -167,15 +207,17 @@ def converse(t, process):
 def run(path):
     work = tempfile.mkdtemp(prefix="zelno-e2e-")
     t = Transcript(path, {"SOURCE": os.environ["ZELNO_SOURCE_DIR"],
-                          "TESTLIBS": os.environ.get("ZELNO_TEST_LIBRARY_DIR", "")})
+                          "TESTLIBS": os.environ.get("ZELNO_TEST_LIBRARY_DIR", ""),
+                          "SEARCHVAR": "PATH" if WINDOWS else "LD_LIBRARY_PATH"})
     zelno, env = prepare(t, work)
-    process = subprocess.Popen([zelno] + t.args, cwd=os.path.join(work, t.cwd), env=env,
-                               stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                               stderr=subprocess.PIPE)
+    process = subprocess.Popen(["wine"] * WINDOWS + [zelno] + t.args,
+                               cwd=os.path.join(work, t.cwd), env=env, stdin=subprocess.PIPE,
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE)
     output, failure = converse(t, process)
     problems = [failure] if failure else []
-    if process.returncode != int(t.status):
-        problems.append(f"exit status {process.returncode}, expected {t.status}")
+    status = process.returncode & 0xFF if WINDOWS else process.returncode  # Wine gives the low byte
+    if status != int(t.status):
+        problems.append(f"exit status {status}, expected {t.status}")
     checks = [(name, expected, output[name]) for name, expected in t.expected.items()]
     for name, expected in t.files:
         exists = os.path.exists(os.path.join(work, name))

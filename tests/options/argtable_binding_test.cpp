@@ -34,14 +34,14 @@ TEST(argtable_binding, a_failed_load_is_not_remembered) {
     argtable_binding binding;
     binding.library_file = "libzelno_missing_argtable.so.0";
     EXPECT_EQ(bind_failure(binding), "Failed to load libzelno_missing_argtable.so.0");
-    binding.library_file = doubles + "/argtable_underscore/libargtable2.so.0";
+    binding.library_file = doubles + "/argtable_underscore/" ARGTABLE_FILE;
     EXPECT_EQ(bind_failure(binding), "");
     EXPECT_TRUE(binding.initialised);
 }
 
 TEST(argtable_binding, a_missing_symbol_keeps_the_slots_in_front_and_the_search_resumes_there) {
     argtable_binding binding;
-    binding.library_file = doubles + "/argtable_no_dbln/libargtable2.so.0";
+    binding.library_file = doubles + "/argtable_no_dbln/" ARGTABLE_FILE;
     const std::string refusal = "Symbol not found in " + binding.library_file + ": arg_dbln";
     EXPECT_EQ(bind_failure(binding), refusal);
     // In front of the gap, arg_intn came only under its underscore.

@@ -5,7 +5,7 @@ import sys
 
 read_end, write_end = os.pipe()
 os.close(read_end)
-statuses = [subprocess.run([sys.argv[1], *args], input=b"foo\nhelp\n", stdout=write_end,
+statuses = [subprocess.run([*sys.argv[1:], *args], input=b"foo\nhelp\n", stdout=write_end,
                            stderr=write_end).returncode for args in ([], ["-x"])]
 print("statuses:", statuses)
 sys.exit(statuses != [0, 0])

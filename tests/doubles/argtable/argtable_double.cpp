@@ -3,20 +3,14 @@
 // only as _arg_intn, so the slots in front of the gap mix both forms.
 
 #include <argtable2.h>
-#include <dlfcn.h>
 
-#include <cstdlib>
+#include "host.h"
 
 namespace {
 
 template <typename Function>
 Function real(const char* name) {
-    static void* const library = dlopen(ARGTABLE_REAL_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    void* address = library != nullptr ? dlsym(library, name) : nullptr;
-    if (address == nullptr) {
-        std::abort();
-    }
-    return reinterpret_cast<Function>(address);
+    return reinterpret_cast<Function>(library_function(ARGTABLE_REAL_LIBRARY, name));
 }
 
 }  // namespace

@@ -3,9 +3,10 @@
 // at the time of the call. "fails" reports failure; "no_function" exports the
 // function under another name.
 
-#include <cstdlib>
 #include <fstream>
 #include <string>
+
+#include "host.h"
 
 #if defined(TGCFG_NO_FUNCTION)
 #define CONVERT_NAME TGCFGToBoardConfigFileRenamed
@@ -13,17 +14,15 @@
 #define CONVERT_NAME TGCFGToBoardConfigFile
 #endif
 
-extern "C" __attribute__((visibility("default"))) int CONVERT_NAME(std::string target_file,
-                                                                   std::string board_file) {
+extern "C" int CONVERT_NAME(std::string target_file, std::string board_file) {
 #if defined(TGCFG_FAILS)
     (void)target_file;
     (void)board_file;
     return 3;
 #else
     std::ofstream board(board_file);
-    const char* search = std::getenv("LD_LIBRARY_PATH");
     board << "converted " << target_file << "\n"
-          << "search " << (search != nullptr ? search : "") << "\n";
+          << "search " << library_search_path() << "\n";
     return board ? 0 : 1;
 #endif
 }

@@ -3,12 +3,10 @@
 // or ".": "null" (create gives a null handle), "ret<N>" (run returns N),
 // "ms<N>" (run lasts N ms, or until stop), "wait" (run lasts until stop),
 // "say" (run writes "<use case> <handle> running" to standard output), "env"
-// and "where" (create records LD_LIBRARY_PATH, and the file the library was
-// loaded from). Every create and destroy appends a line to double_record.txt
-// in the working directory: the record's fields as received, and at destroy
-// how the handle was used.
-
-#include <dlfcn.h>
+// and "where" (create records the library search path, and the variant of
+// the library, which tells which file was loaded). Every create and destroy
+// appends a line to double_record.txt in the working directory: the record's
+// fields as received, and at destroy how the handle was used.
 
 #include <atomic>
 #include <chrono>
@@ -19,6 +17,7 @@
 #include <regex>
 #include <string>
 
+#include "host.h"
 #include "usecases/usecase_abi.h"
 
 namespace {
@@ -77,13 +76,11 @@ void* create_handle(const char* use_case, const std::string& name, const std::st
         state->milliseconds = has(name, "wait") ? -1 : state->milliseconds;
         line.replace(line.find("null"), 4, std::to_string(id));
     }
-    const char* search = std::getenv("LD_LIBRARY_PATH");
     if (has(name, "env")) {
-        line += std::string("\nLD_LIBRARY_PATH=") + (search != nullptr ? search : "");
+        line += "\n" + std::string(library_search_variable) + "=" + library_search_path();
     }
-    Dl_info info{};
-    if (has(name, "where") && dladdr(reinterpret_cast<void*>(&record), &info) != 0) {
-        line += std::string("\nlibrary=") + info.dli_fname;
+    if (has(name, "where")) {
+        line += "\nlibrary=" USECASE_VARIANT;
     }
     record(line);
     return state;

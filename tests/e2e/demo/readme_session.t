@@ -2,7 +2,7 @@
 # for zelno's stop, so zelno's "Stopping" line always comes before the summary.
 % copy @SOURCE@/demo/board.dat
 % copy @SOURCE@/demo/limits.txt
-% unset LD_LIBRARY_PATH
+% unset @SEARCHVAR@
 < connect --config board.dat hosted
 < wattscope -o capture.csv -D 3000 ws
 < wattscope -o trace.dat -f gnuplot -D 2000 ws+

@@ -4,7 +4,7 @@
 % file broken.tgcfg
 = [target]
 = supply = 3.3 volts
-% unset LD_LIBRARY_PATH
+% unset @SEARCHVAR@
 < connect --config broken.tgcfg hosted
 < connect --config target.tgcfg hosted
 < wattscope -o never.csv -f json ws; wattscope -o never.csv --maxoutsize 0 ws

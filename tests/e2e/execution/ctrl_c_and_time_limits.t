@@ -5,7 +5,7 @@
 # Limits count the waits made, not a clock: a wait that comes back early
 # counts whole (else the last line takes 100 s). 0 or less is no limit.
 % file board.dat
-% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so wattscope/libwattscopestandalone.so
+% copy @TESTLIBS@/usecase/basic/@LIB(wattscopestandalone)@ wattscope/@LIB(wattscopestandalone)@
 % await zelno> 
 % signal INT
 % sleep 50

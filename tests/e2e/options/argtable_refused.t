@@ -1,7 +1,9 @@
 # An argtable2 that lacks arg_dbln, which no command calls, is refused all
 # the same, at every command that parses options and each time anew. The
 # text has no line end of its own. Commands without options work as usual.
-% env LD_LIBRARY_PATH=@TESTLIBS@/argtable_no_dbln
+% program bin/zelno
+% env @SEARCHVAR@=@SEARCH(@TESTLIBS@/argtable_no_dbln)@
+% copy @TESTLIBS@/argtable_no_dbln/@LIB(argtable2,0)@ bin/@LIB(argtable2,0)@
 < connect --device dev --config board.dat hosted
 < log --cmd commands.log
 < disconnect
@@ -10,5 +12,5 @@
 % include banner
 > zelno> zelno> zelno> zelno> Exit the interactive tool
 >| zelno> zelno> 
-!| Symbol not found in libargtable2.so.0: arg_dblnSymbol not found in libargtable2.so.0: arg_dblnSymbol not found in libargtable2.so.0: arg_dbln
+!| Symbol not found in @LIB(argtable2,0)@: arg_dblnSymbol not found in @LIB(argtable2,0)@: arg_dblnSymbol not found in @LIB(argtable2,0)@: arg_dbln
 % no-file commands.log

@@ -2,7 +2,7 @@
 # script goes on.
 % file board.dat
 = board
-% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so wattscope/libwattscopestandalone.so
+% copy @TESTLIBS@/usecase/basic/@LIB(wattscopestandalone)@ wattscope/@LIB(wattscopestandalone)@
 $ --script -
 < connect --config board.dat hosted
 < wattscope -o wait_say.csv ws

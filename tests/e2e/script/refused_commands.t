@@ -2,7 +2,7 @@
 # 0x04 at the start of a line ends the script.
 % file board.dat
 = board
-% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so wattscope/libwattscopestandalone.so
+% copy @TESTLIBS@/usecase/basic/@LIB(wattscopestandalone)@ wattscope/@LIB(wattscopestandalone)@
 $ --script -
 < wattscope -o ret0.csv ws
 < connect --config board.dat hosted

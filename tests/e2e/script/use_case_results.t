@@ -2,7 +2,7 @@
 # gives 2, above the 1 of the next use case.
 % file board.dat
 = board
-% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so wattscope/libwattscopestandalone.so
+% copy @TESTLIBS@/usecase/basic/@LIB(wattscopestandalone)@ wattscope/@LIB(wattscopestandalone)@
 $ --script -
 < connect --config board.dat hosted
 < wattscope -o ret-1.csv ws

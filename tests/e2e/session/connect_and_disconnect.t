@@ -7,16 +7,17 @@
 # session files; the session is recorded before that test, so it stands.
 # Each connect with a target file extends the search path by two folders and
 # converts anew into ws_board.dat, which use cases then get.
-% env LD_LIBRARY_PATH=@TESTLIBS@/tgcfg/ok
+% program bin/zelno
+% env @SEARCHVAR@=@SEARCH(@TESTLIBS@/tgcfg/ok)@
 % file target.tgcfg
 % file board.dat
 % file other.dat
 % file nodot
-% file trailing.
+% file board.dat.old
 % file dir.dat/file
 % file board.DAT
 % file target.Tgcfg
-% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so wattscope/libwattscopestandalone.so
+% copy @TESTLIBS@/usecase/basic/@LIB(wattscopestandalone)@ wattscope/@LIB(wattscopestandalone)@
 < disconnect
 < connect --config board.dat hosted
 < prodtest -i b.txt
@@ -37,7 +38,7 @@
 < disconnect
 < prodtest -i g.txt
 < connect --config nodot hosted
-< connect --config trailing. hosted
+< connect --config board.dat.old hosted
 < connect --config dir.dat/file hosted
 < connect --config board.DAT hosted
 < connect --config target.Tgcfg hosted
@@ -69,7 +70,7 @@
 ! connect: missing option <hosted|prb>
 ! Session must be connected before running use case
 ! Incorrect connection file nodot. Must be a .dat or .tgcfg.
-! Incorrect connection file trailing.. Must be a .dat or .tgcfg.
+! Incorrect connection file board.dat.old. Must be a .dat or .tgcfg.
 ! Incorrect connection file dir.dat/file. Must be a .dat or .tgcfg.
 ! Incorrect connection file board.DAT. Must be a .dat or .tgcfg.
 ! Incorrect connection file target.Tgcfg. Must be a .dat or .tgcfg.
@@ -88,4 +89,4 @@
 = prodtest_destroy 6 runs=1 stops=0 end=self
 % expect-file ws_board.dat
 = converted target.tgcfg
-= search @TESTLIBS@/tgcfg/ok:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk
+= search @SEARCH(@TESTLIBS@/tgcfg/ok:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk)@

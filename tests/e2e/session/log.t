@@ -3,7 +3,9 @@
 # file then named starts the recording, emptied first. A later log keeps that
 # file, and neither makes nor empties the one it names. Every line after the
 # log line is logged, whole. This argtable2 exports only "_"-prefixed names.
-% env LD_LIBRARY_PATH=@TESTLIBS@/argtable_underscore
+% program bin/zelno
+% env @SEARCHVAR@=@SEARCH(@TESTLIBS@/argtable_underscore)@
+% copy @TESTLIBS@/argtable_underscore/@LIB(argtable2,0)@ bin/@LIB(argtable2,0)@
 % file first.log
 = old content
 % file other.log

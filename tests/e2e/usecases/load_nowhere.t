@@ -2,7 +2,7 @@
 # says so, and adds the dependency folder to the search once more, as the
 # conversion library loaded afterwards sees. A parse error never tries.
 % program bin/zelno
-% env LD_LIBRARY_PATH=@TESTLIBS@/tgcfg/ok
+% env @SEARCHVAR@=@SEARCH(@TESTLIBS@/tgcfg/ok)@
 % file board.dat
 % file target.tgcfg
 < connect --config board.dat hosted
@@ -12,10 +12,10 @@
 < connect --config target.tgcfg hosted
 % include banner
 >| zelno> zelno> zelno> zelno> zelno> zelno> 
-! Unable to load libwattscopestandalone.so
-! Unable to load libwattscopestandalone.so
-! Unable to load libwattscopestandalone.so
+! Unable to load @LIB(wattscopestandalone)@
+! Unable to load @LIB(wattscopestandalone)@
+! Unable to load @LIB(wattscopestandalone)@
 ! prodtest: missing option -i|--input=<config file>
 % expect-file ws_board.dat
 = converted target.tgcfg
-= search @TESTLIBS@/tgcfg/ok:../../../../common/dblnk:../../../../common/dblnk:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk
+= search @SEARCH(@TESTLIBS@/tgcfg/ok:../../../../common/dblnk:../../../../common/dblnk:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk)@

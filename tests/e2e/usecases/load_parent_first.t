@@ -3,17 +3,17 @@
 # wattscope_destroy: the handle is lost, and the error names its path.
 % cd run
 % file run/board.dat
-% copy @TESTLIBS@/usecase/no_wattscope_destroy/libwattscopestandalone.so libwattscopestandalone.so
-% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so run/wattscope/libwattscopestandalone.so
-% env LD_LIBRARY_PATH=@TESTLIBS@/usecase/basic
+% copy @TESTLIBS@/usecase/no_wattscope_destroy/@LIB(wattscopestandalone)@ @LIB(wattscopestandalone)@
+% copy @TESTLIBS@/usecase/basic/@LIB(wattscopestandalone)@ run/wattscope/@LIB(wattscopestandalone)@
+% env @SEARCHVAR@=@SEARCH(@TESTLIBS@/usecase/basic)@
 < connect --config board.dat hosted
 < wattscope -o where.csv ws; prodtest --input where.txt
 % include banner
 >| zelno> zelno> zelno> 
-! Function wattscope_destroy not found in ../libwattscopestandalone.so
+! Function wattscope_destroy not found in @PATH(../@LIB(wattscopestandalone)@)@
 % expect-file run/double_record.txt
 =~ wattscope_create 1 .*
-= library=../libwattscopestandalone.so
+= library=no_wattscope_destroy
 =~ prodtest_create 2 .*
-= library=../libwattscopestandalone.so
+= library=no_wattscope_destroy
 = prodtest_destroy 2 runs=1 stops=0 end=self

@@ -1,17 +1,18 @@
 # Without one beside the parent, the library in wattscope/ wins over the
 # search path. Lacking prodtest_stop, prodtest fails each time before anything
 # is queued, and gives its handle back. The conversion lacks its function.
+% program bin/zelno
 % file target.tgcfg
-% copy @TESTLIBS@/usecase/no_prodtest_stop/libwattscopestandalone.so wattscope/libwattscopestandalone.so
-% env LD_LIBRARY_PATH=@TESTLIBS@/usecase/basic:@TESTLIBS@/tgcfg/no_function
+% copy @TESTLIBS@/usecase/no_prodtest_stop/@LIB(wattscopestandalone)@ wattscope/@LIB(wattscopestandalone)@
+% env @SEARCHVAR@=@SEARCH(@TESTLIBS@/usecase/basic:@TESTLIBS@/tgcfg/no_function)@
 < connect --config target.tgcfg hosted
 < prodtest --input limits.txt; wattscope -o f.csv ws
 < prodtest --input limits.txt
 % include banner
 >| zelno> zelno> zelno> zelno> 
 ! Function TGCFGToBoardConfigFile not found
-! Function prodtest_stop not found in wattscope/libwattscopestandalone.so
-! Function prodtest_stop not found in wattscope/libwattscopestandalone.so
+! Function prodtest_stop not found in @PATH(wattscope/@LIB(wattscopestandalone)@)@
+! Function prodtest_stop not found in @PATH(wattscope/@LIB(wattscopestandalone)@)@
 % no-file ws_board.dat
 % expect-file double_record.txt
 = prodtest_create 1 input=limits.txt config=target.tgcfg device=unused

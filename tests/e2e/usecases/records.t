@@ -5,8 +5,8 @@
 # field, as typed; run results go unreported; a null handle queues nothing,
 # silently, and the next command of the line still runs.
 % file board.dat
-% copy @TESTLIBS@/usecase/basic/libwattscopestandalone.so wattscope/libwattscopestandalone.so
-% env LD_LIBRARY_PATH=/before
+% copy @TESTLIBS@/usecase/basic/@LIB(wattscopestandalone)@ wattscope/@LIB(wattscopestandalone)@
+% env @SEARCHVAR@=@SEARCH(/before)@
 < wattscope --help; wattscope -h --bogus -s abc
 < prodtest --help --input
 < connect --config board.dat --device probe7 hosted
@@ -43,9 +43,9 @@
 ! prodtest: excess option -d|--device=probe7
 % expect-file double_record.txt
 = wattscope_create 1 sampfreq=2000 output=env.csv format=csv trace_mode=ws config=board.dat device=probe7 maxoutsize=1024 range=lo duration=0 trig=0 saveall=0 shared_slot=empty
-= LD_LIBRARY_PATH=/before:../../../../common/dblnk
+= @SEARCHVAR@=@SEARCH(/before:../../../../common/dblnk)@
 = prodtest_create 2 input=env.txt config=board.dat device=probe7
-= LD_LIBRARY_PATH=/before:../../../../common/dblnk:../../../../common/dblnk
+= @SEARCHVAR@=@SEARCH(/before:../../../../common/dblnk:../../../../common/dblnk)@
 = wattscope_destroy 1 runs=1 stops=0 end=self
 = prodtest_destroy 2 runs=1 stops=0 end=self
 = wattscope_create 3 sampfreq=2000 output=ret1.csv format=csv trace_mode=ws config=board.dat device=probe7 maxoutsize=1024 range=lo duration=0 trig=1 saveall=0 shared_slot=empty
