@@ -19,15 +19,41 @@ namespace {
 
 using VX_UTL::uThread;
 
+// A number other threads wait on. Not std::atomic's own wait: MinGW's can
+// miss a wake-up, which hangs a test under Wine.
+class waitable_count {
+  public:
+    operator int() const {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return value;
+    }
+    waitable_count& operator=(int to) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        value = to;
+        changed.notify_all();
+        return *this;
+    }
+    void operator++() { *this = *this + 1; }
+    void wait_while(int is) const {
+        std::unique_lock<std::mutex> lock(mutex);
+        changed.wait(lock, [&] { return value != is; });
+    }
+
+  private:
+    mutable std::mutex mutex;
+    mutable std::condition_variable changed;
+    int value = 0;
+};
+
 // What happened to a fake command; outlives the command, which its owner
 // deletes.
 struct record {
-    std::atomic<int> stops{0};
+    waitable_count stops;
     std::atomic<int> inside_stop{0};
     std::atomic<bool> stops_overlapped{false};
     std::atomic<bool> destroyed{false};
     std::atomic<int> start_order{0};  // Taken from a counter shared by a test.
-    std::atomic<bool> stop_gate{false};
+    waitable_count stop_gate;
 };
 
 // A use case that runs until it got `stops_needed` stops, or for
@@ -69,10 +95,9 @@ class fake_command : public zelno_command {
             changed.notify_all();
         }
         ++seen->stops;
-        seen->stops.notify_all();
         std::this_thread::sleep_for(std::chrono::milliseconds(how.stop_blocks_ms));
         if (how.stop_waits_for_gate) {
-            seen->stop_gate.wait(false);
+            seen->stop_gate.wait_while(0);
         }
         --seen->inside_stop;
     }
@@ -117,8 +142,7 @@ TEST(command_runnable, a_stop_inside_the_command_keeps_the_thread_until_it_retur
     // The command's run is over, but the thread may not leave while the stop
     // is still inside the command.
     EXPECT_FALSE(thread.wait(10));
-    seen->stop_gate = true;
-    seen->stop_gate.notify_all();
+    seen->stop_gate = 1;
     stopper.join();
     EXPECT_TRUE(thread.wait(uThread::infinite));
 }
@@ -151,7 +175,7 @@ TEST(command_queue, a_stop_at_the_limit_and_stop_all_reach_the_command_one_after
     auto seen = std::make_shared<record>();
     queue.add("A", new fake_command(seen, {.stops_needed = 2, .stop_blocks_ms = 5}), 10);
     std::thread ctrl_c([&] {
-        seen->stops.wait(0);
+        seen->stops.wait_while(0);
         queue.stop_all();
     });
     testing::internal::CaptureStdout();
