@@ -20,6 +20,9 @@ class uMutex {
     bool unlock();  // False, and nothing changes, unless the caller holds it.
 
   private:
+    void enter();  // The platform's lock alone, in the platform's file.
+    void leave();
+
     struct platform_lock;
     std::unique_ptr<platform_lock> critical_section;
     // Written only by the holder; read by any thread in unlock's owner test.

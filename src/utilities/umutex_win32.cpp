@@ -2,7 +2,6 @@
 #include <windows.h>
 
 #include "utilities/umutex.h"
-#include "utilities/uplatform.h"
 
 namespace VX_UTL {
 
@@ -18,24 +17,12 @@ uMutex::~uMutex() {
     DeleteCriticalSection(&critical_section->section);
 }
 
-bool uMutex::lock() {
+void uMutex::enter() {
     EnterCriticalSection(&critical_section->section);
-    owner_thread.store(uPlatform::current_thread_id());
-    lock_count.fetch_add(1);
-    return true;
 }
 
-bool uMutex::unlock() {
-    // A thread that doesn't hold the lock can't find its own id here, so a
-    // refusal is always right, whatever the holder is doing meanwhile.
-    if (owner_thread.load() != uPlatform::current_thread_id() || lock_count.load() < 1) {
-        return false;
-    }
-    if (lock_count.fetch_sub(1) == 1) {
-        owner_thread.store(0);
-    }
+void uMutex::leave() {
     LeaveCriticalSection(&critical_section->section);
-    return true;
 }
 
 }  // namespace VX_UTL
