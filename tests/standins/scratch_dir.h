@@ -2,16 +2,10 @@
 
 // A fresh directory per test, removed with everything in it afterwards.
 
-#ifdef _WIN32
-#include <windows.h>
-#define STANDIN_TEST_NULL_DEVICE "NUL"
-#else
-#include <sys/stat.h>
-#define STANDIN_TEST_NULL_DEVICE "/dev/null"
-#endif
-
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <sstream>
 #include <string>
@@ -46,20 +40,15 @@ class scratch_dir {
     std::string path_;
 };
 
-// A FIFO, whose opener would wait for the other end; on Windows a named pipe
-// of two instances, as a look at its identity takes one (closed at exit).
-inline std::string make_pipe(const scratch_dir& dir) {
-#ifdef _WIN32
-    const std::string path =
-        "\\\\.\\pipe\\" + std::filesystem::path(dir.file("")).parent_path().filename().string();
-    ::CreateNamedPipeA(path.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 2, 0, 0, 0, nullptr);
-    ::CreateNamedPipeA(path.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 2, 0, 0, 0, nullptr);
-    return path;
-#else
-    ::mkfifo(dir.file("fifo").c_str(), 0600);
-    return dir.file("fifo");
-#endif
-}
+// What the tests need of the platform: host_posix.cpp, host_win32.cpp.
+extern const char* const null_device;
+// A FIFO, whose opener would wait for the other end; on Windows a named pipe.
+std::string make_pipe(const scratch_dir& dir);
+// Whether a temporary file stays nameless until it takes the output's name.
+bool temporaries_are_nameless();
+// Runs `body` with files limited to `bytes`, writes beyond failing; false
+// where the platform has no such limit.
+bool with_file_size_limit(uint64_t bytes, const std::function<void()>& body);
 
 inline std::string read_file(const std::string& path) {
     std::ostringstream content;
