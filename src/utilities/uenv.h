@@ -17,6 +17,11 @@ class uEnv {
     // text stays valid until this thread's next get: copy it at once.
     static const char* get(const char* name);
     static void set(const char* name, const char* value);
+
+  private:
+    // The platform's calls alone, in uenv_posix.cpp and uenv_win32.cpp.
+    static void read_variable(const char* name, std::string& value);
+    static void write_variable(const char* name, const char* value);
 };
 
 }  // namespace VX_UTL
