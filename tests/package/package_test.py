@@ -10,8 +10,9 @@ import subprocess
 import sys
 import tempfile
 
+import installed
+
 build, version = sys.argv[1], sys.argv[2]
-here = os.path.dirname(os.path.abspath(__file__))
 failures = []
 
 
@@ -37,26 +38,16 @@ with tempfile.TemporaryDirectory() as scratch:
     if "gnuplot" not in fields["Recommends"]:
         failures.append(f"no gnuplot in Recommends: {fields['Recommends']}")
 
-    for path in ("usr/bin/zelno", "usr/bin/zelno-plot", "usr/lib/zelno/libwattscopestandalone.so",
-                 "usr/lib/zelno/libtgcfgsetup.so", "usr/share/man/man1/zelno.1.gz",
-                 "usr/share/doc/zelno/guide.md", "usr/share/zelno/demo/board.dat",
-                 "usr/share/zelno/demo/limits.txt"):
-        if not os.path.isfile(os.path.join(root, path)):
-            failures.append(f"missing /{path}")
-
     zelno = os.path.join(root, "usr/bin/zelno")
     if run(zelno, "-v") != f"zelno {version}\n":
         failures.append(f"zelno -v says {run(zelno, '-v')!r}")
 
     environment = dict(os.environ, ZELNO=zelno, ZELNO_BUILD_DIR=build,
                        ZELNO_SOURCE_DIR=os.path.join(root, "usr/share/zelno"))
-    session = subprocess.run(
-        [sys.executable, os.path.join(here, "..", "e2e", "transcript.py"),
-         os.path.join(here, "readme_session.t")],
-        env=environment, capture_output=True, text=True)
-    if session.returncode != 0:
-        failures.append("README session from the package:\n" + session.stdout + session.stderr)
+    failures += installed.check(
+        root, ("usr/bin/zelno", "usr/bin/zelno-plot", "usr/lib/zelno/libwattscopestandalone.so",
+               "usr/lib/zelno/libtgcfgsetup.so", "usr/share/man/man1/zelno.1.gz",
+               "usr/share/doc/zelno/guide.md", "usr/share/zelno/demo/board.dat",
+               "usr/share/zelno/demo/limits.txt"), environment)
 
-for failure in failures:
-    print(failure)
-sys.exit(1 if failures else 0)
+installed.finish(failures)

@@ -10,31 +10,23 @@ import subprocess
 import sys
 import tempfile
 
+import installed
+
 build = sys.argv[1]
-here = os.path.dirname(os.path.abspath(__file__))
 failures = []
 
 with tempfile.TemporaryDirectory() as folder:
     subprocess.run(["cmake", "--install", build, "--prefix", folder], check=True,
                    capture_output=True)
-    for path in ("bin/zelno.exe", "bin/argtable2.dll", "bin/wattscopestandalone.dll",
-                 "bin/tgcfgsetup.dll", "demo/board.dat", "demo/limits.txt", "doc/guide.md"):
-        if not os.path.isfile(os.path.join(folder, path)):
-            failures.append(f"missing {path}")
-
     # Nothing of the build tree on the way: zelno.exe must find every DLL in
     # its own folder, and the MinGW runtime is linked into each of them.
     environment = dict(os.environ, ZELNO=os.path.join(folder, "bin", "zelno.exe"),
                        ZELNO_BUILD_DIR=build, ZELNO_SOURCE_DIR=folder)
     for name in ("WINEPATH", "ZELNO_TEST_LIBRARY_DIR", "ZELNO_ARGTABLE2_DLL"):
         environment.pop(name, None)
-    session = subprocess.run(
-        [sys.executable, os.path.join(here, "..", "e2e", "transcript.py"),
-         os.path.join(here, "readme_session.t")],
-        env=environment, capture_output=True, text=True)
-    if session.returncode != 0:
-        failures.append("README session from the folder:\n" + session.stdout + session.stderr)
+    failures += installed.check(
+        folder, ("bin/zelno.exe", "bin/argtable2.dll", "bin/wattscopestandalone.dll",
+                 "bin/tgcfgsetup.dll", "demo/board.dat", "demo/limits.txt", "doc/guide.md"),
+        environment)
 
-for failure in failures:
-    print(failure)
-sys.exit(1 if failures else 0)
+installed.finish(failures)
