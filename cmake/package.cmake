@@ -4,16 +4,30 @@ install(FILES
           ${PROJECT_SOURCE_DIR}/docs/guide.md
           ${PROJECT_SOURCE_DIR}/docs/formats.md
           ${PROJECT_SOURCE_DIR}/docs/simulator.md
+          ${PROJECT_SOURCE_DIR}/docs/progress-export.md
           ${PROJECT_SOURCE_DIR}/docs/capture.png
+          ${PROJECT_SOURCE_DIR}/packaging/deb/copyright
         DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/demo/
         DESTINATION ${CMAKE_INSTALL_DATADIR}/zelno/demo)
 install(PROGRAMS ${PROJECT_SOURCE_DIR}/scripts/plot-capture
         DESTINATION ${CMAKE_INSTALL_BINDIR} RENAME zelno-plot)
 
+# A native package's changelog, compressed as Debian's tools expect; -n
+# leaves the time stamp out, so the same source gives the same file.
+set(deb_changelog ${CMAKE_BINARY_DIR}/packaging/changelog.gz)
+add_custom_command(
+  OUTPUT ${deb_changelog}
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/packaging
+  COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/packaging/deb/changelog > ${deb_changelog}
+  DEPENDS ${PROJECT_SOURCE_DIR}/packaging/deb/changelog
+  VERBATIM)
+add_custom_target(zelno_deb_changelog ALL DEPENDS ${deb_changelog})
+install(FILES ${deb_changelog} DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
 set(CPACK_PACKAGE_NAME zelno)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_CONTACT "zelno developers <zelno@localhost>")
+set(CPACK_PACKAGE_CONTACT "zelno maintainers <zelno@example.org>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
     "console tool for measurement jobs on an embedded target through a debug probe")
 set(CPACK_PACKAGE_DESCRIPTION
@@ -23,8 +37,11 @@ It comes with a probe simulator that stands in for the vendor's library.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION electronics)
-# argtable2 is loaded at run time, so no linker-made dependency finds it.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libargtable2-0")
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "gnuplot-nox | gnuplot")
+# Depends comes from dpkg-shlibdeps when cpack runs, in this file.
+configure_file(${PROJECT_SOURCE_DIR}/packaging/deb/depends.cmake.in
+               ${CMAKE_BINARY_DIR}/packaging/depends.cmake.in @ONLY)
+file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/packaging/depends.cmake
+     INPUT ${CMAKE_BINARY_DIR}/packaging/depends.cmake.in)
+set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_BINARY_DIR}/packaging/depends.cmake)
 include(CPack)

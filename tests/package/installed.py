@@ -2,6 +2,7 @@
 and the README session run from them alone."""
 
 import os
+import re
 import subprocess
 import sys
 
@@ -18,6 +19,33 @@ def check(root, paths, environment):
     if session.returncode != 0:
         failures.append(f"README session from {root}:\n" + session.stdout + session.stderr)
     return failures
+
+
+def anchor(heading):
+    """The fragment a Markdown renderer gives a heading."""
+    return re.sub(r"[^\w\- ]", "", heading.strip().lower()).replace(" ", "-")
+
+
+def broken_links(folder):
+    """Relative links of the Markdown files in `folder` that lead outside it,
+    to no file, or to no heading of the file."""
+    broken = []
+    names = [name for name in os.listdir(folder) if name.endswith(".md")]
+    for name in names:
+        text = open(os.path.join(folder, name), encoding="utf-8").read()
+        for target in re.findall(r"\]\(([^)\s]+)\)", text):
+            if re.match(r"[a-z]+:", target):
+                continue
+            path, _, fragment = target.partition("#")
+            linked = os.path.normpath(os.path.join(folder, path or name))
+            inside = os.path.commonpath([linked, os.path.normpath(folder)]) == os.path.normpath(folder)
+            if not inside or not os.path.isfile(linked):
+                broken.append(f"{name}: {target}: no such file in the folder")
+            elif fragment and linked.endswith(".md"):
+                headings = re.findall(r"^#+ (.*)$", open(linked, encoding="utf-8").read(), re.M)
+                if fragment not in map(anchor, headings):
+                    broken.append(f"{name}: {target}: no such heading")
+    return broken
 
 
 def finish(failures):

@@ -5,7 +5,9 @@ and runs the README session from the unpacked files alone.
     package_test.py BUILD_DIR VERSION
 """
 
+import gzip
 import os
+import re
 import subprocess
 import sys
 import tempfile
@@ -38,6 +40,30 @@ with tempfile.TemporaryDirectory() as scratch:
     if "gnuplot" not in fields["Recommends"]:
         failures.append(f"no gnuplot in Recommends: {fields['Recommends']}")
 
+    # A warning fails too: each is cheap to fix or wants a decision.
+    lint = subprocess.run(["lintian", "--fail-on", "error,warning", deb], capture_output=True, text=True)
+    if lint.returncode != 0:
+        failures.append("lintian:\n" + lint.stdout + lint.stderr)
+    # Files alone: what dpkg -r removes is all the package leaves.
+    control = run("dpkg-deb", "-I", deb)
+    scripts = [name for name in ("preinst", "postinst", "prerm", "postrm") if f" {name} " in control]
+    if scripts:
+        failures.append(f"maintainer scripts: {scripts}")
+
+    # Each library the package depends on has its licence named; a new
+    # dependency must be added there.
+    docs = os.path.join(root, "usr/share/doc/zelno")
+    if os.path.isfile(os.path.join(docs, "copyright")):
+        copyright_text = open(os.path.join(docs, "copyright"), encoding="utf-8").read()
+        for dependency in re.findall(r"(?:^|, )([a-z0-9.+-]+)", fields["Depends"]):
+            if not re.search(rf"\b{re.escape(dependency)}\b", copyright_text):
+                failures.append(f"copyright names no licence for {dependency}")
+    if os.path.isfile(os.path.join(docs, "changelog.gz")):
+        newest = gzip.open(os.path.join(docs, "changelog.gz"), "rt", encoding="utf-8").readline()
+        if not newest.startswith(f"zelno ({version}) "):
+            failures.append(f"the changelog's newest entry is not {version}: {newest}")
+    failures += installed.broken_links(docs)
+
     zelno = os.path.join(root, "usr/bin/zelno")
     if run(zelno, "-v") != f"zelno {version}\n":
         failures.append(f"zelno -v says {run(zelno, '-v')!r}")
@@ -47,7 +73,9 @@ with tempfile.TemporaryDirectory() as scratch:
     failures += installed.check(
         root, ("usr/bin/zelno", "usr/bin/zelno-plot", "usr/lib/zelno/libwattscopestandalone.so",
                "usr/lib/zelno/libtgcfgsetup.so", "usr/share/man/man1/zelno.1.gz",
-               "usr/share/doc/zelno/guide.md", "usr/share/zelno/demo/board.dat",
+               "usr/share/man/man1/zelno-plot.1.gz", "usr/share/doc/zelno/guide.md",
+               "usr/share/doc/zelno/copyright", "usr/share/doc/zelno/changelog.gz",
+               "usr/share/zelno/demo/board.dat",
                "usr/share/zelno/demo/limits.txt"), environment)
 
 installed.finish(failures)
