@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace VX_UTL {
 
@@ -37,12 +38,30 @@ void keep_running_on_closed_output() {
     // A write to a closed pipe fails here anyway; there is no signal for it.
 }
 
+namespace {
+UINT console_output_code_page = 0;  // Set once at start, before any thread.
+
+void restore_console_output_code_page() {
+    SetConsoleOutputCP(console_output_code_page);
+}
+}  // namespace
+
 void keep_line_ends_unchanged() {
     // The C runtime's text mode would turn CR LF into LF on input, end the
     // input at Ctrl+Z and write LF as CR LF; the shell handles CR LF itself.
     _setmode(_fileno(stdin), _O_BINARY);
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
+    // Names are UTF-8 (the manifest's code page): a console shows them as
+    // such only in its UTF-8 code page, which the shared console gets back
+    // at exit.
+    DWORD mode = 0;
+    const bool to_console = GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0 ||
+                            GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+    console_output_code_page = GetConsoleOutputCP();
+    if (to_console && console_output_code_page != CP_UTF8 && SetConsoleOutputCP(CP_UTF8) != 0) {
+        std::atexit(&restore_console_output_code_page);
+    }
 }
 
 uConsoleControl::uConsoleControl(console_ctrl_routine routine) {
