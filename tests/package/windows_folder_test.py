@@ -26,7 +26,16 @@ with tempfile.TemporaryDirectory() as folder:
         environment.pop(name, None)
     failures += installed.check(
         folder, ("bin/zelno.exe", "bin/argtable2.dll", "bin/wattscopestandalone.dll",
-                 "bin/tgcfgsetup.dll", "demo/board.dat", "demo/limits.txt", "doc/guide.md"),
+                 "bin/tgcfgsetup.dll", "demo/board.dat", "demo/limits.txt", "doc/guide.md",
+                 "doc/copyright", "LICENSE"),
         environment)
+    failures += installed.broken_links(os.path.join(folder, "doc"))
+    # Stripped: the build tree's binaries are four fifths debug sections.
+    binaries = os.path.join(folder, "bin")
+    for name in sorted(os.listdir(binaries)):
+        sections = subprocess.run(["x86_64-w64-mingw32-objdump", "-h", os.path.join(binaries, name)],
+                                  check=True, capture_output=True, text=True).stdout
+        if ".debug_" in sections:
+            failures.append(f"bin/{name} is not stripped")
 
 installed.finish(failures)
