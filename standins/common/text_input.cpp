@@ -65,6 +65,11 @@ std::string_view trim(std::string_view text) {
 
 std::vector<text_line> meaningful_lines(std::string_view content) {
     std::vector<text_line> lines;
+    // Notepad and PowerShell start UTF-8 text with a byte-order mark.
+    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+    if (content.starts_with(byte_order_mark)) {
+        content.remove_prefix(byte_order_mark.size());
+    }
     int number = 0;
     while (!content.empty()) {
         const size_t end = content.find('\n');
