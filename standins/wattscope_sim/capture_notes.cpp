@@ -55,7 +55,7 @@ size_t row_size_estimate(const capture_settings& settings, const row_layout& lay
 
 std::string seconds_text(double seconds) {
     char text[32];
-    std::snprintf(text, sizeof text, seconds < 10 ? "%.1f s" : "%.0f s", seconds);
+    std::snprintf(text, sizeof text, seconds < 10 ? "%.2g s" : "%.0f s", seconds);
     return text;
 }
 
