@@ -214,7 +214,7 @@ std::string name_problem(std::string_view what) {
 }
 
 std::string_view base_name(std::string_view path) {
-    const size_t slash = path.find_last_of('/');
+    const size_t slash = path.find_last_of("/\\");  // Windows takes either.
     return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 

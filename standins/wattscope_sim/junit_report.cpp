@@ -127,8 +127,8 @@ std::string report_path(const std::string& input, const std::string& chosen) {
         return chosen;
     }
     // A name's leading dot makes it hidden and is no suffix: ".hidden" gives
-    // ".hidden.junit.xml".
-    const size_t slash = input.find_last_of('/');
+    // ".hidden.junit.xml". Windows separates folders with either slash.
+    const size_t slash = input.find_last_of("/\\");
     const size_t name = slash == std::string::npos ? 0 : slash + 1;
     const size_t dot = input.find_last_of('.');
     const bool has_suffix = dot != std::string::npos && dot > name;

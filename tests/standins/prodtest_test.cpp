@@ -87,6 +87,7 @@ TEST_F(prodtest_test, clipped_parameters_are_errors_that_name_the_range_that_hol
 TEST_F(prodtest_test, the_report_goes_where_it_is_told_and_fails_cleanly) {
     EXPECT_EQ(standin::sim::report_path("d.x/.hidden", ""), "d.x/.hidden.junit.xml");
     EXPECT_EQ(standin::sim::report_path("d.x/limits", ""), "d.x/limits.junit.xml");
+    EXPECT_EQ(standin::sim::report_path("d.x\\.hidden", ""), "d.x\\.hidden.junit.xml");
     const prodtest_options options{
         dir_.write("limits.txt", "report " + dir_.file("limits.txt") + "\npeak_current 1 1 A\n"),
         dir_.write("plain.dat", standin_test::plain_board), "sim"};
