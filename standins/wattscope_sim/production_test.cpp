@@ -33,16 +33,25 @@ std::string precise(double value, const test_limit& limit) {
 }
 
 // What the report would replace that it must not: null, or what that is.
+// Its rename would replace a FIFO or a device such as /dev/null, even
+// /dev/stdout's link, where a writer would wait or write into the device.
 const char* report_clash(const std::string& report, const prodtest_options& options) {
-    file_identity target;
-    file_identity other;
-    if (!identity_of(report, target)) {
-        return nullptr;  // Not there yet.
+    file_kind kind = file_kind::other;
+    const file_handle file = open_for_input(report, kind);
+    if (file == no_file) {
+        return nullptr;  // Not there yet; or the write will say why not.
     }
-    if (identity_of(options.input, other) && other == target) {
+    file_identity target;
+    const bool known = identity_of(file, target);
+    close_file(file);
+    if (kind != file_kind::regular && kind != file_kind::directory) {
+        return "not a regular file";
+    }
+    file_identity other;
+    if (known && identity_of(options.input, other) && other == target) {
         return "the test description";
     }
-    if (identity_of(options.config, other) && other == target) {
+    if (known && identity_of(options.config, other) && other == target) {
         return "the board configuration";
     }
     return nullptr;
@@ -112,8 +121,9 @@ std::unique_ptr<production_test> production_test::create(const prodtest_options&
     made->config_ = options.config;
     made->report_ = report_path(options.input, made->description_.report);
     if (const char* clash = report_clash(made->report_, options)) {
-        error = options.input + ":" + std::to_string(made->description_.report_line) +
-                ": the report " + made->report_ + " is " + clash;
+        const int line = made->description_.report_line;
+        error = (line == 0 ? "" : options.input + ":" + std::to_string(line) + ": ") +
+                "the report " + made->report_ + " is " + clash;
         return nullptr;
     }
     return made;

@@ -16,11 +16,12 @@ namespace {
 class prodtest_test : public testing::Test {
   protected:
     std::unique_ptr<standin::sim::production_test> make(
-        const std::string& limits, const std::string& board = standin_test::plain_board) {
+        const std::string& limits, const std::string& board = standin_test::plain_board,
+        bool valid = true) {
         const prodtest_options options{dir_.write("limits.txt", limits),
                                        dir_.write("plain.dat", board), "sim"};
         auto made = standin::sim::production_test::create(options, error_);
-        EXPECT_NE(made, nullptr) << error_;
+        EXPECT_EQ(made != nullptr, valid) << error_;
         return made;
     }
     int run(const std::string& limits) { return make(limits)->run(out_, errors_); }
@@ -94,6 +95,13 @@ TEST_F(prodtest_test, the_report_goes_where_it_is_told_and_fails_cleanly) {
     EXPECT_EQ(standin::sim::production_test::create(options, error_), nullptr);
     EXPECT_EQ(error_,
               options.input + ":1: the report " + options.input + " is the test description");
+    const std::string pipe = standin_test::make_pipe(dir_);  // Its rename would replace it.
+    EXPECT_EQ(make("report " + pipe + "\npeak_current 1 1 A\n", standin_test::plain_board, false),
+              nullptr);
+    EXPECT_EQ(error_,
+              dir_.file("limits.txt") + ":1: the report " + pipe + " is not a regular file");
+    std::error_code ignored;  // A Windows pipe goes with its handles.
+    std::filesystem::remove(pipe, ignored);
     auto test = make("measure 1 ms\npeak_current 1 1 A\n");
     if (!standin_test::with_file_size_limit(100,
                                             [&] { EXPECT_EQ(test->run(out_, errors_), -1); })) {
