@@ -65,6 +65,11 @@ std::string_view trim(std::string_view text) {
 
 std::vector<text_line> meaningful_lines(std::string_view content) {
     std::vector<text_line> lines;
+    // Notepad and PowerShell start UTF-8 text with a byte-order mark.
+    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+    if (content.starts_with(byte_order_mark)) {
+        content.remove_prefix(byte_order_mark.size());
+    }
     int number = 0;
     while (!content.empty()) {
         const size_t end = content.find('\n');
@@ -209,7 +214,7 @@ std::string name_problem(std::string_view what) {
 }
 
 std::string_view base_name(std::string_view path) {
-    const size_t slash = path.find_last_of('/');
+    const size_t slash = path.find_last_of("/\\");  // Windows takes either.
     return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 

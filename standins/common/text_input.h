@@ -30,8 +30,8 @@ struct text_line {
     std::string_view text;  // Without its comment ('#' to the end) and outer blanks.
 };
 
-// The lines of `content` that hold something besides blanks and a comment.
-// The views point into `content`.
+// The lines of `content` that hold something besides blanks and a comment,
+// past a leading byte-order mark. The views point into `content`.
 std::vector<text_line> meaningful_lines(std::string_view content);
 
 std::string_view trim(std::string_view text);

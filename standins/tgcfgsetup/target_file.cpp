@@ -186,8 +186,8 @@ class target_reader {
                 all_shared = false;
             } else {
                 code.share = static_cast<uint32_t>(quantity("the share of " + code.function,
-                                                            item.substr(blank), dimension::ratio,
-                                                            -4, 1, 10000));
+                                                            trim(item.substr(blank)),
+                                                            dimension::ratio, -4, 1, 10000));
                 total += code.share;
             }
             if (!listed.insert(code.function).second) {

@@ -204,6 +204,9 @@ capture_end capture::wait_for_the_stop() {
     }
     const target_model::interval interval = model_.next();
     sample s{front_.measure(interval.mean_na), no_function, 0};
+    if (s.value.clipped) {
+        totals_.clipped_peak_na = std::max(totals_.clipped_peak_na, interval.mean_na);
+    }
     if (settings_.trace_plus) {
         place_pc(interval.mode, s);
     }
@@ -243,6 +246,7 @@ bool capture::produce(uint64_t due, capture_end& end) {
             settings_.max_bytes > static_cast<int64_t>(base) ? settings_.max_bytes - base : 0;
         char* row = begin;
         int64_t current_sum = 0;
+        uint64_t clipped = 0;
         bool full = false;
         for (uint64_t i = 0; i < count; ++i) {
             const sample s = take_sample();
@@ -280,6 +284,7 @@ bool capture::produce(uint64_t due, capture_end& end) {
             energy_nj_ += whole;
             energy_rest_ = rest;
             current_sum += s.value.current_na;
+            clipped += s.value.clipped ? 1 : 0;
             pending_.peak_na = std::max(pending_.peak_na, s.value.current_na);
             if (s.function != no_function) {
                 pending_.function_energy_nj[s.function] +=
@@ -296,6 +301,7 @@ bool capture::produce(uint64_t due, capture_end& end) {
         }
         file_.advance(row);
         pending_.current_sum_na += static_cast<double>(current_sum);
+        pending_.clipped += clipped;
         if (full) {
             if (!worth_trimming_for_room()) {
                 end = capture_end::size_limit;
@@ -457,6 +463,7 @@ bool capture::flush_rows() {
 void capture::commit_pending() {
     totals_.rows += pending_.rows;
     totals_.current_sum_na += pending_.current_sum_na;
+    totals_.clipped += pending_.clipped;
     totals_.peak_na = std::max(totals_.peak_na, pending_.peak_na);
     for (size_t i = 0; i < pending_.function_energy_nj.size(); ++i) {
         totals_.function_energy_nj[i] += pending_.function_energy_nj[i];
@@ -467,6 +474,7 @@ void capture::commit_pending() {
     totals_.energy_nj = static_cast<double>(energy_nj_) +
                         static_cast<double>(energy_rest_) / static_cast<double>(settings_.rate);
     pending_.rows = 0;
+    pending_.clipped = 0;
     pending_.current_sum_na = 0;
     pending_.peak_na = 0;
     std::lock_guard<std::mutex> lock(progress_mutex_);
@@ -503,6 +511,7 @@ void capture::count_rows_that_reached_the_file(std::string_view text) {
         const int64_t current = parse_fixed(fields[2], 9).value_or(0);
         const int64_t power = parse_fixed(fields[4], 9).value_or(0);
         ++totals_.rows;
+        totals_.clipped += fields[6] == "1" ? 1 : 0;
         totals_.current_sum_na += static_cast<double>(current);
         totals_.peak_na = std::max(totals_.peak_na, current);
         totals_.energy_nj = static_cast<double>(parse_fixed(fields[5], 9).value_or(0));

@@ -34,6 +34,8 @@ struct capture_totals {
     uint64_t rows_kept = 0;  // Rows in the file at the end.
     uint64_t periods = 0;    // Sample periods covered: rows and dropped samples.
     uint64_t dropped = 0;
+    uint64_t clipped = 0;         // Rows whose current was cut to the full scale.
+    int64_t clipped_peak_na = 0;  // The largest true current of a clipped sample.
     double current_sum_na = 0;
     int64_t peak_na = 0;
     double energy_nj = 0;
@@ -44,6 +46,10 @@ class capture {
   public:
     // Creates or empties the output file; null, with `error`, when it can't.
     static std::unique_ptr<capture> create(capture_settings settings, std::string& error);
+
+    // Lines for standard error before the capture starts: what the window
+    // will drop, and a size cap too small for what was asked; or empty.
+    std::string start_notes() const;
 
     // On the use case's thread; 0 when the capture ended by itself, 1 when
     // stopped, -1 on a write error. Writes the summary line to `out` and a

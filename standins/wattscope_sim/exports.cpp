@@ -109,7 +109,11 @@ STANDIN_EXPORT int32_t wattscope_create(const wattscope_options* options, void**
         options, handle, "wattscope", [](const wattscope_options& given, std::string& error) {
             std::optional<standin::sim::capture_settings> settings =
                 standin::sim::check_capture_options(given, error);
-            return settings ? capture::create(std::move(*settings), error) : nullptr;
+            auto made = settings ? capture::create(std::move(*settings), error) : nullptr;
+            if (made) {
+                standin::write_console(true, made->start_notes());  // Before any use case runs.
+            }
+            return made;
         });
 }
 

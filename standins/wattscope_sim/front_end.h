@@ -75,7 +75,10 @@ class front_end {
             clipped = true;
         }
         // nA * mOhm is pV; the drop follows the true current, not the reading.
-        const int64_t voltage_uv = supply_uv_ - (true_na * source_mohm_ + 500'000) / 1'000'000;
+        // A supply can't go below 0 V however much the load asks of it, and
+        // with that bound the products below stay under 10^17.
+        const int64_t drop_uv = (true_na * source_mohm_ + 500'000) / 1'000'000;
+        const int64_t voltage_uv = drop_uv < supply_uv_ ? supply_uv_ - drop_uv : 0;
         // nA * uV is fW.
         const int64_t fw = na * voltage_uv;
         const int64_t power_nw = (fw >= 0 ? fw + 500'000 : fw - 500'000) / 1'000'000;

@@ -98,25 +98,40 @@ std::string junit_xml(const report_facts& facts) {
     xml += "    </properties>\n";
     for (const report_case& c : facts.cases) {
         xml += "    <testcase classname=\"prodtest." + escaped(facts.target) + "\" name=\"" +
-               escaped(c.name) + "\" time=\"" + seconds + "\"";
-        if (!c.error.empty()) {
-            xml += ">\n      <error message=\"" + escaped(c.error) + "\"/>\n    </testcase>\n";
-        } else if (!c.failure.empty()) {
-            xml += ">\n      <failure message=\"" + escaped(c.failure) +
-                   "\" type=\"out of limits\"/>\n    </testcase>\n";
-        } else {
-            xml += "/>\n";
+               escaped(c.name) + "\" time=\"" + seconds + "\">\n";
+        if (!c.properties.empty()) {
+            xml += "      <properties>\n";
+            for (const auto& [name, value] : c.properties) {
+                xml += "        <property name=\"" + escaped(name) + "\" value=\"" +
+                       escaped(value) + "\"/>\n";
+            }
+            xml += "      </properties>\n";
         }
+        if (!c.error.empty()) {
+            xml += "      <error message=\"" + escaped(c.error) + "\"/>\n";
+        } else if (!c.failure.empty()) {
+            xml +=
+                "      <failure message=\"" + escaped(c.failure) + "\" type=\"out of limits\"/>\n";
+        }
+        if (!c.output.empty()) {
+            xml += "      <system-out>" + escaped(c.output) + "</system-out>\n";
+        }
+        xml += "    </testcase>\n";
     }
     xml += "  </testsuite>\n</testsuites>\n";
     return xml;
 }
 
-std::string report_path(const std::string& input) {
-    const size_t slash = input.find_last_of('/');
+std::string report_path(const std::string& input, const std::string& chosen) {
+    if (!chosen.empty()) {
+        return chosen;
+    }
+    // A name's leading dot makes it hidden and is no suffix: ".hidden" gives
+    // ".hidden.junit.xml". Windows separates folders with either slash.
+    const size_t slash = input.find_last_of("/\\");
+    const size_t name = slash == std::string::npos ? 0 : slash + 1;
     const size_t dot = input.find_last_of('.');
-    const bool has_suffix =
-        dot != std::string::npos && (slash == std::string::npos || dot > slash + 1);
+    const bool has_suffix = dot != std::string::npos && dot > name;
     return (has_suffix ? input.substr(0, dot) : input) + ".junit.xml";
 }
 

@@ -3,6 +3,7 @@
 // The JUnit XML report of a production test, which CI systems show.
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace standin::sim {
@@ -11,6 +12,9 @@ struct report_case {
     std::string name;
     std::string failure;  // Empty when the parameter passed.
     std::string error;    // Set when it could not be judged.
+    // Measured value and limits, for tools that chart them.
+    std::vector<std::pair<std::string, std::string>> properties;
+    std::string output;  // The judgement in words, shown beside the case.
 };
 
 struct report_facts {
@@ -23,7 +27,8 @@ struct report_facts {
 
 std::string junit_xml(const report_facts& facts);
 
-// "limits.txt" gives "limits.junit.xml", beside it.
-std::string report_path(const std::string& input);
+// `chosen` when the description names its report; else beside the
+// description: "limits.txt" gives "limits.junit.xml".
+std::string report_path(const std::string& input, const std::string& chosen);
 
 }  // namespace standin::sim

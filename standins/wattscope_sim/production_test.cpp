@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "common/atomic_file.h"
+#include "common/native_file.h"
 #include "common/text_input.h"
 #include "wattscope_sim/capture_settings.h"
 #include "wattscope_sim/front_end.h"
@@ -21,6 +22,39 @@ std::string in_unit(double value, const test_limit& limit) {
     char text[48];
     std::snprintf(text, sizeof text, "%#.4g", value / limit.unit_scale);
     return text + std::string(" ") + limit.unit;
+}
+
+// For the report, which a CI system may compare: ten significant digits in
+// the line's unit, without the unit.
+std::string precise(double value, const test_limit& limit) {
+    char text[48];
+    std::snprintf(text, sizeof text, "%.10g", value / limit.unit_scale);
+    return text;
+}
+
+// What the report would replace that it must not: null, or what that is.
+// Its rename would replace a FIFO or a device such as /dev/null, even
+// /dev/stdout's link, where a writer would wait or write into the device.
+const char* report_clash(const std::string& report, const prodtest_options& options) {
+    file_kind kind = file_kind::other;
+    const file_handle file = open_for_input(report, kind);
+    if (file == no_file) {
+        return nullptr;  // Not there yet; or the write will say why not.
+    }
+    file_identity target;
+    const bool known = identity_of(file, target);
+    close_file(file);
+    if (kind != file_kind::regular && kind != file_kind::directory) {
+        return "not a regular file";
+    }
+    file_identity other;
+    if (known && identity_of(options.input, other) && other == target) {
+        return "the test description";
+    }
+    if (known && identity_of(options.config, other) && other == target) {
+        return "the board configuration";
+    }
+    return nullptr;
 }
 
 }  // namespace
@@ -56,6 +90,19 @@ uint64_t test_measurement::samples_of(test_parameter parameter) const {
     }
 }
 
+uint64_t test_measurement::clipped_of(test_parameter parameter) const {
+    switch (parameter) {
+        case test_parameter::supply_voltage:
+            return 0;  // The voltage follows the true current, not the reading.
+        case test_parameter::sleep_current:
+            return sleep_clipped;
+        case test_parameter::active_current:
+            return clipped - sleep_clipped;
+        default:
+            return clipped;
+    }
+}
+
 std::unique_ptr<production_test> production_test::create(const prodtest_options& options,
                                                          std::string& error) {
     std::unique_ptr<production_test> made(new production_test());
@@ -72,7 +119,13 @@ std::unique_ptr<production_test> production_test::create(const prodtest_options&
     made->board_ = std::move(*board);
     made->input_ = options.input;
     made->config_ = options.config;
-    made->report_ = report_path(options.input);
+    made->report_ = report_path(options.input, made->description_.report);
+    if (const char* clash = report_clash(made->report_, options)) {
+        const int line = made->description_.report_line;
+        error = (line == 0 ? "" : options.input + ":" + std::to_string(line) + ": ") +
+                "the report " + made->report_ + " is " + clash;
+        return nullptr;
+    }
     return made;
 }
 
@@ -80,7 +133,7 @@ bool production_test::measure() {
     const int32_t rate = description_.rate;
     const auto total = static_cast<uint64_t>(std::llround(description_.measure_s * rate));
     target_model model(board_, rate);
-    front_end probe(board_, low_range);
+    front_end probe(board_, description_.range);
 
     // The firmware marks its lowest-current mode as sleep on a probe input.
     uint32_t sleep_mode = 0;
@@ -110,6 +163,11 @@ bool production_test::measure() {
             current_sum += current;
             power_sum += static_cast<double>(r.power_nw);
             peak = std::max(peak, r.current_na);
+            if (r.clipped) {
+                ++measured_.clipped;
+                measured_.sleep_clipped += interval.mode == sleep_mode ? 1 : 0;
+                measured_.clipped_peak_na = std::max(measured_.clipped_peak_na, interval.mean_na);
+            }
             if (interval.mode == sleep_mode) {
                 sleep_sum += current;
                 ++sleep_count;
@@ -147,33 +205,61 @@ int production_test::run(std::ostream& out, std::ostream& errors) {
     facts.seconds = measured_.seconds;
     size_t failed = 0;
     size_t unmeasured = 0;
+    size_t clipped = 0;
     for (const test_limit& limit : description_.limits) {
-        report_case result{limit.name, {}, {}};
+        report_case result{limit.name, {}, {}, {}, {}};
+        const double allowed =
+            limit.relative ? std::fabs(limit.expected) * limit.tolerance : limit.tolerance;
+        const std::string bounds = precise(limit.expected - allowed, limit) + " to " +
+                                   precise(limit.expected + allowed, limit) + " " + limit.unit;
+        result.properties = {{"unit", limit.unit},
+                             {"expected", limit.expected_text},
+                             {"tolerance", limit.tolerance_text},
+                             {"lower_limit", precise(limit.expected - allowed, limit)},
+                             {"upper_limit", precise(limit.expected + allowed, limit)}};
         if (!complete) {
             result.error = "stopped before the measurement ended";
             facts.cases.push_back(result);
             continue;
         }
         // A mean of no samples reads 0 and could pass; it is no measurement.
-        if (measured_.samples_of(limit.parameter) == 0) {
-            ++unmeasured;
-            result.error =
-                "no sample of " + limit.name + " in the " + description_.measure_text + " measured";
+        const uint64_t samples = measured_.samples_of(limit.parameter);
+        const uint64_t cut = measured_.clipped_of(limit.parameter);
+        if (samples == 0 || cut > 0) {
+            if (samples == 0) {
+                ++unmeasured;
+                result.error = "no sample of " + limit.name + " in the " +
+                               description_.measure_text + " measured";
+            } else {
+                // Clipped readings make any figure of them wrong, a pass as much as a fail.
+                ++clipped;
+                const probe_range* larger =
+                    range_holding(description_.range, measured_.clipped_peak_na);
+                result.error =
+                    limit.name + " clipped in " + std::to_string(cut) + " of " +
+                    std::to_string(samples) + " samples beyond " +
+                    current_text(description_.range.full_scale_na) +
+                    (larger == nullptr ? " (no range holds them)"
+                                       : " (range " + std::string(larger->name) +
+                                             " holds them: add the line 'range " +
+                                             std::string(larger->name) + "' to " + input_ + ")");
+            }
             out << "prodtest: " << result.error << ": ERROR\n";
             facts.cases.push_back(result);
             continue;
         }
         const double value = measured_.value_of(limit.parameter);
-        const double allowed =
-            limit.relative ? std::fabs(limit.expected) * limit.tolerance : limit.tolerance;
         const bool pass = std::fabs(value - limit.expected) <= allowed;
-        const std::string line = limit.name + " " + in_unit(value, limit) + ", expected " +
-                                 limit.expected_text + " " + limit.unit + " +/- " +
-                                 limit.tolerance_text + (limit.relative ? "" : " " + limit.unit);
-        out << "prodtest: " << line << ": " << (pass ? "PASS" : "FAIL") << "\n";
+        const std::string judged = in_unit(value, limit) + ", expected " + limit.expected_text +
+                                   " " + limit.unit + " +/- " + limit.tolerance_text +
+                                   (limit.relative ? "" : " " + limit.unit);
+        out << "prodtest: " << limit.name << " " << judged << ": " << (pass ? "PASS" : "FAIL")
+            << "\n";
+        result.properties.push_back({"measured", precise(value, limit)});
+        result.output = "measured " + judged + " (" + bounds + ")";
         if (!pass) {
             ++failed;
-            result.failure = "measured " + in_unit(value, limit);
+            result.failure = result.output;
         }
         facts.cases.push_back(result);
     }
@@ -184,11 +270,19 @@ int production_test::run(std::ostream& out, std::ostream& errors) {
     std::snprintf(measured, sizeof measured, "%.3f", measured_.seconds);
     if (!complete) {
         out << "prodtest: stopped after " << measured << " s of the test; no verdict";
-    } else if (unmeasured > 0) {
-        out << "prodtest: ERROR, " << unmeasured << " of " << count
-            << " parameters without a sample";
-        if (failed > 0) {
-            out << ", " << failed << " out of limits";
+    } else if (unmeasured > 0 || clipped > 0) {
+        out << "prodtest: ERROR, ";
+        const char* separator = "";
+        for (const auto& [number, what] : {std::pair{unmeasured, "without a sample"},
+                                           {clipped, "clipped"},
+                                           {failed, "out of limits"}}) {
+            if (number > 0) {
+                out << separator << number
+                    << (*separator == 0 ? " of " + std::to_string(count) + " parameters "
+                                        : std::string(" "))
+                    << what;
+                separator = ", ";
+            }
         }
     } else if (failed == 0) {
         out << "prodtest: PASS, " << count << " of " << count << " parameters within limits";
@@ -203,7 +297,7 @@ int production_test::run(std::ostream& out, std::ostream& errors) {
     if (!complete) {
         return -1;
     }
-    return failed == 0 && unmeasured == 0 ? 0 : 1;
+    return failed == 0 && unmeasured == 0 && clipped == 0 ? 0 : 1;
 }
 
 }  // namespace standin::sim

@@ -28,10 +28,15 @@ struct test_measurement {
     double cycle_energy = 0;
     uint64_t samples = 0;
     uint64_t sleep_samples = 0;  // The rest are active.
+    uint64_t clipped = 0;        // Readings cut to the range's full scale.
+    uint64_t sleep_clipped = 0;
+    int64_t clipped_peak_na = 0;  // The largest true current of a clipped sample.
 
     double value_of(test_parameter parameter) const;
     // The samples a parameter is made of; a parameter of none has no value.
     uint64_t samples_of(test_parameter parameter) const;
+    // Those of them that were clipped: the parameter's value is then wrong.
+    uint64_t clipped_of(test_parameter parameter) const;
 };
 
 class production_test {

@@ -7,20 +7,6 @@ namespace {
 constexpr std::string_view columns[] = {"sample",   "time_s",  "current_A", "voltage_V", "power_W",
                                         "energy_J", "clipped", "pc",        "function"};
 
-// Whole nanoamperes in the largest unit that keeps them whole: "50 mA".
-std::string current_text(int64_t na) {
-    static constexpr struct {
-        int64_t size;
-        const char* name;
-    } units[] = {{1'000'000'000, "A"}, {1'000'000, "mA"}, {1'000, "uA"}, {1, "nA"}};
-    for (const auto& unit : units) {
-        if (na % unit.size == 0) {
-            return std::to_string(na / unit.size) + " " + unit.name;
-        }
-    }
-    return std::to_string(na) + " nA";
-}
-
 }  // namespace
 
 row_layout make_row_layout(bool gnuplot, bool trace_plus, int32_t rate) {

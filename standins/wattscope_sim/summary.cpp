@@ -46,6 +46,14 @@ std::string capture_summary(const capture_settings& settings, const capture_tota
     line += ", charge " + si_text(totals.current_sum_na * 1e-9 / rate, "C");
     line += ", energy " + si_text(totals.energy_nj * 1e-9, "J");
     line += ", " + std::to_string(totals.dropped) + " dropped";
+    if (totals.clipped > 0) {
+        const probe_range* larger = range_holding(settings.range, totals.clipped_peak_na);
+        line += ", " + std::to_string(totals.clipped) + " clipped beyond " +
+                current_text(settings.range.full_scale_na) +
+                (larger == nullptr ? " (no range holds them)"
+                                   : " (range " + std::string(larger->name) + " holds them: -r " +
+                                         std::string(larger->name) + ")");
+    }
 
     if (settings.trace_plus && !totals.function_energy_nj.empty()) {
         std::vector<size_t> order(totals.function_energy_nj.size());

@@ -83,13 +83,30 @@ test_description parse_test_description(std::string_view content, std::string_vi
             description.rate = static_cast<int32_t>(*rate);
             continue;
         }
+        if (key == "range") {
+            const probe_range* range = words.size() == 2 ? find_range(words[1]) : nullptr;
+            if (range == nullptr) {
+                fail("expected 'range lo' or 'range hi'");
+            }
+            description.range = *range;
+            continue;
+        }
+        if (key == "report") {
+            // The rest of the line, so that a path may hold blanks.
+            description.report = trim(line.text.substr(key.size()));
+            description.report_line = line.number;
+            if (description.report.empty()) {
+                fail("expected 'report <file>', where the JUnit report goes");
+            }
+            continue;
+        }
         const parameter_kind* kind = nullptr;
         for (const parameter_kind& p : parameters) {
             kind = p.name == key ? &p : kind;
         }
         if (kind == nullptr) {
             fail("unknown parameter '" + std::string(key) + "'; parameters are " +
-                 parameter_names() + ", and the lines 'measure' and 'rate'");
+                 parameter_names() + ", and the lines 'measure', 'rate', 'range' and 'report'");
         }
         if (words.size() != 4) {
             fail(
@@ -120,7 +137,8 @@ test_description parse_test_description(std::string_view content, std::string_vi
             tolerance.remove_suffix(1);
         }
         const std::optional<double> amount = number(tolerance);
-        if (!amount || *amount < 0) {
+        // "-0" is no tolerance anyone means, and would show as "+/- -0 V".
+        if (!amount || std::signbit(*amount)) {
             fail("the tolerance '" + std::string(words[2]) +
                  "' is no number of 0 or more, with or without '%'");
         }

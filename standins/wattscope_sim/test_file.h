@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "wattscope_sim/probe.h"
+
 namespace standin::sim {
 
 enum class test_parameter {
@@ -37,6 +39,9 @@ struct test_description {
     double measure_s = 1.0;
     std::string measure_text = "1 s";  // As written, for messages.
     int32_t rate = 10'000;
+    probe_range range = low_range;
+    std::string report;  // The JUnit report's path as written; empty: beside the file.
+    int report_line = 0;
     std::vector<test_limit> limits;
 };
 

@@ -72,6 +72,51 @@ TEST_F(capture_test, ends_at_its_duration_with_the_models_energy) {
                               "1.000 mA, charge 14.00 uC, energy 28.00 uJ, 0 dropped\n");
 }
 
+// A clipped reading makes the mean wrong: the summary counts them and names the range.
+TEST_F(capture_test, counts_clipped_samples_and_names_the_range_that_holds_them) {
+    options_.config = dir_.write(
+        "burst.dat",
+        std::regex_replace(standin_test::plain_board, std::regex("busy 1000000"), "busy 80000000"));
+    ASSERT_EQ(run(*make()), 0);
+    EXPECT_NE(
+        out_.str().find(", 0 dropped, 100 clipped beyond 50 mA (range hi holds them: -r hi)\n"),
+        std::string::npos)
+        << out_.str();
+}
+
+// Before it starts, a capture says what its window drops and when the size
+// cap would end it early, with the cap that would hold what it was asked for.
+TEST_F(capture_test, says_at_the_start_what_the_window_drops_and_a_cap_too_small) {
+    struct row {
+        const char* range;
+        int32_t rate, duration;
+        int saveall;
+        const char* notes;
+    };
+    const std::string keeps = "wattscope: note: " + output_ + " keeps the last ";
+    const row rows[] = {
+        {"lo", 2000, 0, 0, "2000 s of samples (range lo); --saveall keeps them all\n"},
+        {"lo", 2000, 60000, 0, ""},
+        {"hi", 2000, 61000, 1, ""},
+        {"hi", 500000, 0, 0,
+         "60 s of samples (range hi); --saveall keeps them all\nwattscope: note: the 60 s window "
+         "at 500000 samples/s takes about 2597 MiB, more than --maxoutsize 1024: the size limit "
+         "would end the capture after about 33 s; --maxoutsize 2597 holds it\n"},
+        {"hi", 500000, 40000, 1,
+         "wattscope: note: 40 s of samples at 500000 samples/s takes about 1259 MiB, more than "
+         "--maxoutsize 1024: the size limit would end the capture after about 33 s; --maxoutsize "
+         "1259 holds it\n"}};
+    for (const row& r : rows) {
+        options_.range = r.range, options_.sampfreq = r.rate, options_.duration = r.duration;
+        options_.saveall = r.saveall;
+        auto c = make();
+        ASSERT_NE(c, nullptr) << error_;
+        const std::string notes = c->start_notes();
+        EXPECT_EQ(notes, r.notes[0] == 0 || r.notes[0] == 'w' ? r.notes : keeps + r.notes)
+            << r.range << " " << r.rate;
+    }
+}
+
 // zelno's stop at the limit leaves the capture to finish its duration from
 // the trigger; a Ctrl+C after it must still end the capture at once.
 TEST_F(capture_test, a_stop_after_the_limit_stop_ends_the_capture) {
@@ -129,6 +174,7 @@ TEST_F(capture_test, after_a_write_error_the_summary_tells_what_the_file_holds) 
         GTEST_SKIP() << "Windows has no file size limit to make a write fail; the code is shared";
     }
     EXPECT_EQ(errors_.str(), "wattscope: cannot write " + output_ + ": File too large\n");
+    EXPECT_EQ(read_file(output_).back(), '\n');  // Cut back to its last whole row.
     const std::vector<std::string> r = rows();
     ASSERT_EQ(c->totals().rows, r.size());
     EXPECT_NEAR(c->totals().energy_nj * 1e-9, std::stod(r.back().substr(r.back().size() - 13)),

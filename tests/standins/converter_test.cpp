@@ -36,6 +36,7 @@ TEST(converter, malformed_targets_are_refused_and_change_no_file) {
         {"[mode a]\ncode = f 50 %, f 50 %\n", "2: function 'f' is listed twice"},
         {head + "time = 1 ms\ncode = f\n", "4: function 'f' of mode 'a' is not in [code]"},
         {"[code]\nf = 1 1\nf = 2 1\n", "3: function 'f' is given twice"},
+        {"[mode a]\ncode = a 4294967296 %\n", "2: the share of a 4294967296 % is out of range"},
         {"[code]\nf = 0x100 0\n", "2: expected '<function> = <start address> <size in bytes>'"},
         {"[code]\nf = 0x12g 1\n", "2: expected '<function> = <start address>"},
         {"[code]\nf = 0xffffffffffffffff 1\n", "2: expected '<function> = <start address>"}};

@@ -45,24 +45,46 @@ TEST(target_model, samples_sum_to_the_models_charge_at_any_rate) {
     }
 }
 
-// Resolution, clipping, and the voltage drop of the true current through 1 ohm.
+// Resolution, clipping, and the voltage drop of the true current, down to
+// 0 V and no further, at the corners of the board's ranges.
 TEST(front_end, rounds_clips_and_drops_the_voltage) {
-    standin::board_model board = plain;
-    board.source_resistance_mohm = 1000;
-    standin::sim::front_end low(board, standin::sim::low_range);
-    standin::sim::front_end high(board, standin::sim::high_range);
-    const std::tuple<standin::sim::front_end*, int64_t, int64_t, bool> cases[] = {
-        {&low, 20'000'000, 20'000'000, false},
-        {&low, 80'000'000, 50'000'000, true},
-        {&high, 80'000'049, 80'000'000, false},
-        {&high, 80'000'050, 80'000'100, false}};
-    for (const auto& [probe, true_na, current_na, clipped] : cases) {
-        const standin::sim::reading r = probe->measure(true_na);
-        EXPECT_EQ(std::pair(r.current_na, r.clipped), std::pair(current_na, clipped)) << true_na;
+    using standin::sim::high_range;
+    using standin::sim::low_range;
+    struct row {
+        const standin::sim::probe_range& range;
+        int64_t source_mohm, supply_uv, true_na, current_na;
+        bool clipped;
+        int64_t voltage_uv, power_nw;
+    };
+    const row rows[] = {
+        {low_range, 1000, 2'000'000, 20'000'000, 20'000'000, false, 1'980'000, 39'600'000},
+        {low_range, 1000, 2'000'000, 80'000'000, 50'000'000, true, 1'920'000, 96'000'000},
+        {high_range, 1000, 2'000'000, 80'000'049, 80'000'000, false, 1'920'000, 153'600'000},
+        {high_range, 1000, 2'000'000, 80'000'050, 80'000'100, false, 1'920'000, 153'600'192},
+        {low_range, 500'000, 3'300'000, 17'000'000, 17'000'000, false, 0, 0},
+        {high_range, standin::max_resistance_mohm, standin::max_supply_uv, standin::max_current_na,
+         1'000'000'000, true, 0, 0},
+        {high_range, 0, standin::max_supply_uv, standin::max_current_na, 1'000'000'000, true,
+         100'000'000, 100'000'000'000}};
+    for (const row& r : rows) {
+        standin::board_model board = plain;
+        board.source_resistance_mohm = r.source_mohm;
+        board.supply_uv = r.supply_uv;
+        standin::sim::front_end probe(board, r.range);
+        const standin::sim::reading got = probe.measure(r.true_na);
+        EXPECT_EQ(std::tuple(got.current_na, got.clipped, got.voltage_uv, got.power_nw),
+                  std::tuple(r.current_na, r.clipped, r.voltage_uv, r.power_nw))
+            << r.true_na << " nA through " << r.source_mohm << " mOhm";
     }
-    const standin::sim::reading r = low.measure(20'000'000);
-    EXPECT_EQ(std::pair(r.voltage_uv, r.power_nw),
-              std::pair(int64_t{1'980'000}, int64_t{39'600'000}));
+    // The largest noise on the largest current: clipped, never overflowing.
+    standin::board_model noisy = plain;
+    noisy.noise_ppm = 1'000'000;
+    noisy.noise_floor_na = standin::max_current_na;
+    noisy.supply_uv = standin::max_supply_uv;
+    standin::sim::front_end probe(noisy, high_range);
+    for (int i = 0; i < 1000; ++i) {
+        EXPECT_LE(std::abs(probe.measure(standin::max_current_na).power_nw), 100'000'000'000);
+    }
 }
 
 }  // namespace

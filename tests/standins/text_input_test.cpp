@@ -4,8 +4,11 @@
 
 #include <tuple>
 
+#include "common/board_file.h"
 #include "common/units.h"
 #include "scratch_dir.h"
+#include "tgcfgsetup/target_file.h"
+#include "wattscope_sim/test_file.h"
 
 namespace {
 
@@ -42,6 +45,18 @@ TEST(text_input, files_that_cannot_be_read_say_why) {
         }
     }
     EXPECT_EQ(standin::read_whole_file(dir.write("a.dat", "abc")), "abc");
+}
+
+// Notepad and PowerShell begin UTF-8 text with a byte-order mark; every reader skips it.
+TEST(text_input, a_byte_order_mark_is_skipped) {
+    const std::string mark = "\xEF\xBB\xBF";
+    EXPECT_EQ(standin::parse_board(mark + standin_test::plain_board, "b.dat").target, "plain");
+    const std::string target =
+        "[target]\nname = t\nsupply = 1 V\n[mode a]\ncurrent = 1 A\ntime = 1 s\n";
+    EXPECT_EQ(standin::parse_target(mark + target, "t.tgcfg").target, "t");
+    EXPECT_EQ(
+        standin::sim::parse_test_description(mark + "rate 5\npeak_current 1 1 A\n", "l.txt").rate,
+        5);
 }
 
 }  // namespace

@@ -27,6 +27,7 @@
 ! wattscope: maximum output size 0 is out of range; give a size in MiB above 0
 ! wattscope: the output file 'ws_board.dat' is the board configuration
 ! wattscope: the output file 'short.csv' is already the output of another capture
+! wattscope: note: long.csv keeps the last 2000 s of samples (range lo); --saveall keeps them all
 % expect-file ws_board.dat
 =~ # Board configuration of demo-sensor-node, made from target\.tgcfg\.\n.*\nmode sleep 15000 70000 idle_wfi:10000\n.*
 % no-file never.csv
