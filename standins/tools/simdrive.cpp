@@ -118,9 +118,11 @@ int main(int argc, char** argv) {
             usage();
         }
         void* library = open_library("tgcfgsetup");
-        using convert_fn = int (*)(std::string, std::string);
+        using convert_fn = int (*)(VX_UTL::uLibraryStringArgument, VX_UTL::uLibraryStringArgument);
+        VX_UTL::uStringArgument input(argv[2]);
+        VX_UTL::uStringArgument output(argv[3]);
         const int result = reinterpret_cast<convert_fn>(symbol(library, "TGCFGToBoardConfigFile"))(
-            argv[2], argv[3]);
+            input.hand_over(), output.hand_over());
         return result == 0 ? 0 : 1;
     }
     wattscope_options watt{};

@@ -58,21 +58,24 @@ uint64_t test_measurement::samples_of(test_parameter parameter) const {
 
 std::unique_ptr<production_test> production_test::create(const prodtest_options& options,
                                                          std::string& error) {
+    const std::string input(VX_UTL::text_of(options.input));
+    const std::string config(VX_UTL::text_of(options.config));
     std::unique_ptr<production_test> made(new production_test());
     try {
-        made->description_ = parse_test_description(read_whole_file(options.input), options.input);
+        made->description_ = parse_test_description(read_whole_file(input), input);
     } catch (const input_error& e) {
         error = e.what();
         return nullptr;
     }
-    std::optional<board_model> board = read_session_board(options.config, options.device, error);
+    std::optional<board_model> board =
+        read_session_board(config, VX_UTL::text_of(options.device), error);
     if (!board) {
         return nullptr;
     }
     made->board_ = std::move(*board);
-    made->input_ = options.input;
-    made->config_ = options.config;
-    made->report_ = report_path(options.input);
+    made->input_ = input;
+    made->config_ = config;
+    made->report_ = report_path(input);
     return made;
 }
 
