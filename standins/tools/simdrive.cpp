@@ -157,13 +157,17 @@ int main(int argc, char** argv) {
         } else if (word == "-t") {
             watt.trig = 1;
         } else if (word == "-c") {
-            watt.config = prod.config = value();
+            const char* config = value();
+            watt.config = config;
+            prod.config = config;
         } else if (word == "-o") {
             watt.output = value();
         } else if (word == "-i") {
             prod.input = value();
         } else if (word == "-d") {
-            watt.device = prod.device = value();
+            const char* device = value();
+            watt.device = device;
+            prod.device = device;
         } else if (word[0] != '-') {
             watt.trace_mode = word;
         } else {
