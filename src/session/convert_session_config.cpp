@@ -3,6 +3,7 @@
 
 #include "session/session.h"
 #include "utilities/udll.h"
+#include "utilities/ulibrary_types.h"
 #include "utilities/upath.h"
 
 namespace {
@@ -13,7 +14,8 @@ constexpr const char* board_file_name = "ws_board.dat";
 
 // The library's one function: both strings cross as whole objects, owned
 // and destroyed by the callee.
-using convert_function = int (*)(std::string target_file, std::string board_file);
+using convert_function = int (*)(VX_UTL::uLibraryStringArgument target_file,
+                                 VX_UTL::uLibraryStringArgument board_file);
 
 // Puts the probe-access directories behind the library search path, at every
 // conversion, as the vendor's installation expects.
@@ -59,8 +61,10 @@ void convert_session_config() {
     if (function == nullptr) {
         throw std::runtime_error(std::string("Function ") + function_name + " not found\n");
     }
-    const int result =
-        reinterpret_cast<convert_function>(function)(session_config_file, board_file_name);
+    VX_UTL::uStringArgument target_file(session_config_file);
+    VX_UTL::uStringArgument board_file(board_file_name);
+    const int result = reinterpret_cast<convert_function>(function)(target_file.hand_over(),
+                                                                    board_file.hand_over());
     if (result != 0) {
         throw std::runtime_error("Could not convert TGCFG to Board Config file.\n");
     }

@@ -1,37 +1,40 @@
 #pragma once
 
 // The binary interface between zelno and a use-case library: the two option
-// records and the eight functions. A library builds against this header with
-// the same toolchain and standard library as zelno; the records are read by
-// their offsets, which the asserts below pin down.
+// records and the eight functions. The records are read by their offsets,
+// which the asserts below pin down. Their strings and shared pointer take
+// the form of the library's compiler (utilities/ulibrary_types.h): on
+// Windows Microsoft's x64 layout, which a normal build of the vendor's DLLs
+// reads; elsewhere the toolchain's own, with which the library is built.
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <string>
+
+#include "utilities/ulibrary_types.h"
 
 struct wattscope_options {
-    int32_t sampfreq;                   // Samples per second.
-    std::string output;                 // Output file.
-    std::string format;                 // "csv" or "gnuplot", as typed.
-    std::string trace_mode;             // "ws" or "ws+", as typed.
-    std::string config;                 // Board configuration file of the session.
-    std::string device;                 // Device name of the session.
-    int32_t maxoutsize;                 // Size limit of the output file.
-    std::string range;                  // "lo" or "hi", as typed.
-    int32_t duration;                   // Milliseconds; 0 or less is no limit.
-    uint8_t trig;                       // 1: wait for the hardware trigger.
-    uint8_t saveall;                    // 1: keep every sample in the file.
-    std::shared_ptr<void> shared_slot;  // Empty on the way in.
+    int32_t sampfreq;                       // Samples per second.
+    VX_UTL::uLibraryString output;          // Output file.
+    VX_UTL::uLibraryString format;          // "csv" or "gnuplot", as typed.
+    VX_UTL::uLibraryString trace_mode;      // "ws" or "ws+", as typed.
+    VX_UTL::uLibraryString config;          // Board configuration file of the session.
+    VX_UTL::uLibraryString device;          // Device name of the session.
+    int32_t maxoutsize;                     // Size limit of the output file.
+    VX_UTL::uLibraryString range;           // "lo" or "hi", as typed.
+    int32_t duration;                       // Milliseconds; 0 or less is no limit.
+    uint8_t trig;                           // 1: wait for the hardware trigger.
+    uint8_t saveall;                        // 1: keep every sample in the file.
+    VX_UTL::uLibrarySharedPtr shared_slot;  // Empty on the way in.
+    // Destroyed in reverse: shared_slot first, then range back to output.
 };
 
 struct prodtest_options {
-    std::string input;   // Test description file.
-    std::string config;  // Board configuration file of the session.
-    std::string device;  // Device name of the session.
+    VX_UTL::uLibraryString input;   // Test description file.
+    VX_UTL::uLibraryString config;  // Board configuration file of the session.
+    VX_UTL::uLibraryString device;  // Device name of the session.
 };
 
-static_assert(sizeof(std::string) == 32, "the records assume a 32-byte string");
+static_assert(sizeof(VX_UTL::uLibraryString) == 32, "the records assume a 32-byte string");
 static_assert(offsetof(wattscope_options, sampfreq) == 0);
 static_assert(offsetof(wattscope_options, output) == 8);
 static_assert(offsetof(wattscope_options, format) == 40);
@@ -51,7 +54,7 @@ static_assert(offsetof(prodtest_options, device) == 64);
 static_assert(sizeof(prodtest_options) == 96);
 
 // The library's exports, under these names or with a leading underscore.
-// C linkage for the names; the records cross as C++ objects.
+// C linkage for the names; the records cross as the objects above.
 extern "C" {
 using wattscope_create_fn = int32_t (*)(const wattscope_options* options, void** handle);
 using wattscope_run_fn = int32_t (*)(void* handle);

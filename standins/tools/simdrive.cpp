@@ -118,9 +118,11 @@ int main(int argc, char** argv) {
             usage();
         }
         void* library = open_library("tgcfgsetup");
-        using convert_fn = int (*)(std::string, std::string);
+        using convert_fn = int (*)(VX_UTL::uLibraryStringArgument, VX_UTL::uLibraryStringArgument);
+        VX_UTL::uStringArgument input(argv[2]);
+        VX_UTL::uStringArgument output(argv[3]);
         const int result = reinterpret_cast<convert_fn>(symbol(library, "TGCFGToBoardConfigFile"))(
-            argv[2], argv[3]);
+            input.hand_over(), output.hand_over());
         return result == 0 ? 0 : 1;
     }
     wattscope_options watt{};
@@ -155,13 +157,17 @@ int main(int argc, char** argv) {
         } else if (word == "-t") {
             watt.trig = 1;
         } else if (word == "-c") {
-            watt.config = prod.config = value();
+            const char* config = value();
+            watt.config = config;
+            prod.config = config;
         } else if (word == "-o") {
             watt.output = value();
         } else if (word == "-i") {
             prod.input = value();
         } else if (word == "-d") {
-            watt.device = prod.device = value();
+            const char* device = value();
+            watt.device = device;
+            prod.device = device;
         } else if (word[0] != '-') {
             watt.trace_mode = word;
         } else {

@@ -39,26 +39,32 @@ bool same_file(const std::string& a, const std::string& b) {
 
 std::optional<capture_settings> check_capture_options(const wattscope_options& options,
                                                       std::string& error) {
+    using VX_UTL::text_of;
+    const std::string config(text_of(options.config));
+    const std::string output(text_of(options.output));
+    const std::string trace_mode(text_of(options.trace_mode));
+    const std::string format(text_of(options.format));
+    const std::string range_name(text_of(options.range));
     capture_settings settings;
-    std::optional<board_model> board = read_session_board(options.config, options.device, error);
+    std::optional<board_model> board = read_session_board(config, text_of(options.device), error);
     if (!board) {
         return std::nullopt;
     }
     settings.board = std::move(*board);
-    settings.config = options.config;
-    if (options.trace_mode != "ws" && options.trace_mode != "ws+") {
-        error = "unknown trace mode '" + options.trace_mode + "'; use ws or ws+";
+    settings.config = config;
+    if (trace_mode != "ws" && trace_mode != "ws+") {
+        error = "unknown trace mode '" + trace_mode + "'; use ws or ws+";
         return std::nullopt;
     }
-    settings.trace_plus = options.trace_mode == "ws+";
-    if (options.format != "csv" && options.format != "gnuplot") {
-        error = "unknown format '" + options.format + "'; use csv or gnuplot";
+    settings.trace_plus = trace_mode == "ws+";
+    if (format != "csv" && format != "gnuplot") {
+        error = "unknown format '" + format + "'; use csv or gnuplot";
         return std::nullopt;
     }
-    settings.gnuplot = options.format == "gnuplot";
-    const probe_range* range = find_range(options.range);
+    settings.gnuplot = format == "gnuplot";
+    const probe_range* range = find_range(range_name);
     if (range == nullptr) {
-        error = "unknown range '" + options.range + "'; use lo or hi";
+        error = "unknown range '" + range_name + "'; use lo or hi";
         return std::nullopt;
     }
     settings.range = *range;
@@ -78,16 +84,16 @@ std::optional<capture_settings> check_capture_options(const wattscope_options& o
     settings.duration_ms = options.duration > 0 ? options.duration : 0;
     settings.trigger = options.trig != 0;
     if (settings.trigger && !settings.board.trigger_delay_us) {
-        error = "--trig waits for the hardware trigger, and " + options.config +
+        error = "--trig waits for the hardware trigger, and " + config +
                 " wires none (no trigger_delay_us)";
         return std::nullopt;
     }
     settings.save_all = options.saveall != 0;
-    if (same_file(options.output, options.config)) {
-        error = "the output file '" + options.output + "' is the board configuration";
+    if (same_file(output, config)) {
+        error = "the output file '" + output + "' is the board configuration";
         return std::nullopt;
     }
-    settings.output = options.output;
+    settings.output = output;
     return settings;
 }
 

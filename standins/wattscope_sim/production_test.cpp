@@ -35,7 +35,8 @@ std::string precise(double value, const test_limit& limit) {
 // What the report would replace that it must not: null, or what that is.
 // Its rename would replace a FIFO or a device such as /dev/null, even
 // /dev/stdout's link, where a writer would wait or write into the device.
-const char* report_clash(const std::string& report, const prodtest_options& options) {
+const char* report_clash(const std::string& report, const std::string& input,
+                         const std::string& config) {
     file_kind kind = file_kind::other;
     const file_handle file = open_for_input(report, kind);
     if (file == no_file) {
@@ -48,10 +49,10 @@ const char* report_clash(const std::string& report, const prodtest_options& opti
         return "not a regular file";
     }
     file_identity other;
-    if (known && identity_of(options.input, other) && other == target) {
+    if (known && identity_of(input, other) && other == target) {
         return "the test description";
     }
-    if (known && identity_of(options.config, other) && other == target) {
+    if (known && identity_of(config, other) && other == target) {
         return "the board configuration";
     }
     return nullptr;
@@ -105,24 +106,27 @@ uint64_t test_measurement::clipped_of(test_parameter parameter) const {
 
 std::unique_ptr<production_test> production_test::create(const prodtest_options& options,
                                                          std::string& error) {
+    const std::string input(VX_UTL::text_of(options.input));
+    const std::string config(VX_UTL::text_of(options.config));
     std::unique_ptr<production_test> made(new production_test());
     try {
-        made->description_ = parse_test_description(read_whole_file(options.input), options.input);
+        made->description_ = parse_test_description(read_whole_file(input), input);
     } catch (const input_error& e) {
         error = e.what();
         return nullptr;
     }
-    std::optional<board_model> board = read_session_board(options.config, options.device, error);
+    std::optional<board_model> board =
+        read_session_board(config, VX_UTL::text_of(options.device), error);
     if (!board) {
         return nullptr;
     }
     made->board_ = std::move(*board);
-    made->input_ = options.input;
-    made->config_ = options.config;
-    made->report_ = report_path(options.input, made->description_.report);
-    if (const char* clash = report_clash(made->report_, options)) {
+    made->input_ = input;
+    made->config_ = config;
+    made->report_ = report_path(input, made->description_.report);
+    if (const char* clash = report_clash(made->report_, input, config)) {
         const int line = made->description_.report_line;
-        error = (line == 0 ? "" : options.input + ":" + std::to_string(line) + ": ") +
+        error = (line == 0 ? "" : input + ":" + std::to_string(line) + ": ") +
                 "the report " + made->report_ + " is " + clash;
         return nullptr;
     }

@@ -1,6 +1,7 @@
 #include <dlfcn.h>
 
 #include <cstdlib>
+#include <memory>
 
 #include "host.h"
 
@@ -18,4 +19,9 @@ void* library_function(const char* path, const char* name) {
         std::abort();
     }
     return address;
+}
+
+void leave_shared_reference(unsigned char* slot, void (*released)()) {
+    *reinterpret_cast<std::shared_ptr<void>*>(slot) =
+        std::shared_ptr<void>(slot, [released](void*) { released(); });
 }

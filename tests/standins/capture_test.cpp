@@ -186,7 +186,7 @@ TEST_F(capture_test, after_a_write_error_the_summary_tells_what_the_file_holds) 
 TEST_F(capture_test, refuses_a_pipe_and_writes_a_device) {
     options_.output = standin_test::make_pipe(dir_);
     EXPECT_EQ(make(), nullptr);
-    EXPECT_EQ(error_, "the output file '" + options_.output +
+    EXPECT_EQ(error_, "the output file '" + std::string(VX_UTL::text_of(options_.output)) +
                           "' is neither a regular file nor a character device");
     options_.output = standin_test::null_device;
     EXPECT_EQ(run(*make()), 0) << errors_.str();

@@ -6,7 +6,9 @@
 // and "where" (create records the library search path, and the variant of
 // the library, which tells which file was loaded). Every create and destroy
 // appends a line to double_record.txt in the working directory: the record's
-// fields as received, and at destroy how the handle was used.
+// fields as received, read by their bytes (record_fields.c), and at destroy
+// how the handle was used. "slot" leaves a reference in wattscope's
+// shared_slot, whose release (when zelno destroys the record) is recorded.
 
 #include <atomic>
 #include <chrono>
@@ -18,7 +20,7 @@
 #include <string>
 
 #include "host.h"
-#include "usecases/usecase_abi.h"
+#include "usecase/record_fields.h"
 
 namespace {
 
@@ -135,26 +137,25 @@ int32_t destroy_handle(void* handle) {
         return body(handle);                                \
     }
 
-extern "C" int32_t USECASE_EXPORT(wattscope_create)(const wattscope_options* options,
-                                                    void** handle) {
-    const bool slot_empty =
-        options->shared_slot == nullptr && options->shared_slot.use_count() == 0;
-    *handle = create_handle(
-        "wattscope", options->output,
-        "sampfreq=" + std::to_string(options->sampfreq) + " output=" + options->output +
-            " format=" + options->format + " trace_mode=" + options->trace_mode +
-            " config=" + options->config + " device=" + options->device +
-            " maxoutsize=" + std::to_string(options->maxoutsize) + " range=" + options->range +
-            " duration=" + std::to_string(options->duration) + " trig=" +
-            std::to_string(options->trig) + " saveall=" + std::to_string(options->saveall) +
-            " shared_slot=" + (slot_empty ? "empty" : "set"));
+// The records come as bytes: the double reads no C++ type of zelno's.
+extern "C" int32_t USECASE_EXPORT(wattscope_create)(const unsigned char* options, void** handle) {
+    char name[record_text_room];
+    char fields[record_line_room];
+    describe_wattscope_record(options, name, fields);
+    *handle = create_handle("wattscope", name, fields);
+    if (has(name, "slot")) {
+        // A library may leave a reference there; zelno drops it with the record.
+        leave_shared_reference(const_cast<unsigned char*>(options) + shared_slot_offset,
+                               [] { record("shared_slot released"); });
+    }
     return 0;
 }
 
-extern "C" int32_t USECASE_EXPORT(prodtest_create)(const prodtest_options* options, void** handle) {
-    *handle = create_handle(
-        "prodtest", options->input,
-        "input=" + options->input + " config=" + options->config + " device=" + options->device);
+extern "C" int32_t USECASE_EXPORT(prodtest_create)(const unsigned char* options, void** handle) {
+    char name[record_text_room];
+    char fields[record_line_room];
+    describe_prodtest_record(options, name, fields);
+    *handle = create_handle("prodtest", name, fields);
     return 0;
 }
 

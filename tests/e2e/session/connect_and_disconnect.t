@@ -6,10 +6,12 @@
 # silently, also when there is none. Only ".dat" and ".tgcfg", exactly, are
 # session files; the session is recorded before that test, so it stands.
 # Each connect with a target file extends the search path by two folders and
-# converts anew into ws_board.dat, which use cases then get.
+# converts anew into ws_board.dat, which use cases then get; the converter
+# gets both names whole, and the longer one in a heap block it can free.
 % program bin/zelno
 % env @SEARCHVAR@=@SEARCH(@TESTLIBS@/tgcfg/ok)@
 % file target.tgcfg
+% file demo-sensor-node-target-of-forty-b.tgcfg
 % file board.dat
 % file other.dat
 % file nodot
@@ -44,7 +46,7 @@
 < connect --config target.Tgcfg hosted
 < prodtest -i h.txt
 < connect --config target.tgcfg hosted
-< connect --config target.tgcfg hosted
+< connect --config demo-sensor-node-target-of-forty-b.tgcfg hosted
 < prodtest -i i.txt
 % include banner
 > zelno> zelno> zelno> zelno> zelno> zelno> usage: connect --device <device name> [--config <config file>] <prb|hosted>
@@ -88,5 +90,5 @@
 = prodtest_create 6 input=i.txt config=ws_board.dat device=unused
 = prodtest_destroy 6 runs=1 stops=0 end=self
 % expect-file ws_board.dat
-= converted target.tgcfg
+= converted demo-sensor-node-target-of-forty-b.tgcfg
 = search @SEARCH(@TESTLIBS@/tgcfg/ok:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk:../../../../common/bin:../../../../common/dblnk)@

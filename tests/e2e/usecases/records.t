@@ -3,7 +3,10 @@
 # load nothing: the first create of each use case shows the one load that
 # added the dependency folder. Then what the library receives, field by
 # field, as typed; run results go unreported; a null handle queues nothing,
-# silently, and the next command of the line still runs.
+# silently, and the next command of the line still runs. Strings of 2 to
+# 200 bytes arrive whole (the double reads them by their bytes, as the
+# library's compiler lays them out), and a reference that a library leaves
+# in shared_slot is dropped once, with the record, before the run.
 % file board.dat
 % copy @TESTLIBS@/usecase/basic/@LIB(wattscopestandalone)@ wattscope/@LIB(wattscopestandalone)@
 % env @SEARCHVAR@=@SEARCH(/before)@
@@ -23,6 +26,9 @@
 < wattscope -o ret1.csv --trig ws; wattscope --saveall -o ret-1.csv ws
 < wattscope -s 500 --maxoutsize 7 -f gnuplot -r mid -D -5 --output "my file.csv" ws+
 < wattscope -o null.csv ws; prodtest --input null.txt; prodtest -i ret2.txt
+< wattscope -o fifteen-bytes.c -f sixteen-byte-fmt -r range-word-of-exactly-30-bytes trace-mode-word-of-exactly-31-b
+< connect --config board.dat --device device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes- hosted
+< wattscope -o slot.csv ws; prodtest --input input-file-of-30-bytes-xyz.txt
 % include banner
 >| zelno> 
 % include wattscope_help
@@ -32,7 +38,7 @@
 >| zelno> zelno> 
 % include prodtest_help
 % include wattscope_help
->| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
+>| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
 ! wattscope: missing option <ws|ws+>
 ! wattscope: missing option -o|--output=<output>
 ! wattscope: invalid argument "abc" to option -s|--sampfreq=<int>
@@ -58,3 +64,10 @@
 = prodtest_create null input=null.txt config=board.dat device=probe7
 = prodtest_create 6 input=ret2.txt config=board.dat device=probe7
 = prodtest_destroy 6 runs=1 stops=0 end=self
+= wattscope_create 7 sampfreq=2000 output=fifteen-bytes.c format=sixteen-byte-fmt trace_mode=trace-mode-word-of-exactly-31-b config=board.dat device=probe7 maxoutsize=1024 range=range-word-of-exactly-30-bytes duration=0 trig=0 saveall=0 shared_slot=empty
+= wattscope_destroy 7 runs=1 stops=0 end=self
+= wattscope_create 8 sampfreq=2000 output=slot.csv format=csv trace_mode=ws config=board.dat device=device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes- maxoutsize=1024 range=lo duration=0 trig=0 saveall=0 shared_slot=empty
+= shared_slot released
+= prodtest_create 9 input=input-file-of-30-bytes-xyz.txt config=board.dat device=device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-device-name-of-200-bytes-
+= wattscope_destroy 8 runs=1 stops=0 end=self
+= prodtest_destroy 9 runs=1 stops=0 end=self
