@@ -1,4 +1,4 @@
-// Where no transcript reaches: races between stops, the order of start and
+// Where no transcript reaches: races between stops, the order of
 // destruction. The timing rules and Ctrl+C are shown by transcripts.
 
 #include <gtest/gtest.h>
@@ -52,7 +52,6 @@ struct record {
     std::atomic<int> inside_stop{0};
     std::atomic<bool> stops_overlapped{false};
     std::atomic<bool> destroyed{false};
-    std::atomic<int> start_order{0};  // Taken from a counter shared by a test.
     waitable_count stop_gate;
 };
 
@@ -63,7 +62,6 @@ struct shape {
     int stops_needed = 1;
     int stop_blocks_ms = 0;            // Time spent inside each stop, after it counted.
     bool stop_waits_for_gate = false;  // Each stop then blocks until stop_gate is true.
-    std::atomic<int>* order = nullptr;
 };
 
 class fake_command : public zelno_command {
@@ -72,9 +70,6 @@ class fake_command : public zelno_command {
     ~fake_command() override { seen->destroyed = true; }
 
     int32_t run() override {
-        if (how.order != nullptr) {
-            seen->start_order = ++*how.order;
-        }
         std::unique_lock<std::mutex> lock(mutex);
         const auto stopped = [this] { return stops_taken >= how.stops_needed; };
         if (how.ends_after_ms < 0) {
@@ -151,21 +146,6 @@ TEST(command_runnable, destroyed_before_it_ran_it_still_deletes_the_command) {
     auto never_ran = std::make_shared<record>();
     delete new command_runnable(new fake_command(never_ran, {}));
     EXPECT_TRUE(never_ran->destroyed);
-}
-
-TEST(command_queue, starts_in_order_each_running_before_the_next_starts) {
-    command_queue queue;
-    std::atomic<int> order{0};
-    std::vector<std::shared_ptr<record>> records;
-    for (const char* name : {"A", "B", "C", "D"}) {
-        records.push_back(std::make_shared<record>());
-        queue.add(name, new fake_command(records.back(), {.ends_after_ms = 0, .order = &order}), 0);
-    }
-    queue.start_all();
-    queue.wait_all();
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(records[static_cast<std::size_t>(i)]->start_order, i + 1);
-    }
 }
 
 TEST(command_queue, a_stop_at_the_limit_and_stop_all_reach_the_command_one_after_the_other) {
