@@ -25,6 +25,13 @@ void command_queue::add(std::string name, zelno_command* command, int32_t durati
     ++next_sequence;
 }
 
+bool command_queue::writes(const std::string& file,
+                           bool (*same)(const std::string&, const std::string&)) const {
+    return std::any_of(entries.begin(), entries.end(), [&](const auto& element) {
+        return same(element.second->command->output_file(), file);
+    });
+}
+
 void command_queue::start_all() {
     for (const auto& [sequence, entry] : entries) {
         if (entry->runnable->status() == status_not_started && !entry->thread->start()) {

@@ -14,10 +14,15 @@ enum : uint32_t {
     CTRL_SHUTDOWN_EVENT = 6,
 };
 
-// Makes a write to a closed output (a pipe whose reader has gone) fail with
-// an error, as it does on Windows, rather than end the process. For the
-// whole process; main calls it first, in both modes.
+// Makes a write to a closed output (a pipe whose reader has gone) or past
+// the file size limit fail with an error, as it does on Windows, rather than
+// end the process. For the whole process; main calls it first, in both modes.
 void keep_running_on_closed_output();
+
+// Opens standard input, output and error on the null device where one is
+// closed at start, so that no file opened later takes its number and gets
+// the console's output. Main calls it before anything else.
+void keep_standard_descriptors_open();
 
 // Standard input, output and error carry their bytes unchanged, so that a
 // piped session reads and writes the same bytes on every platform: no line

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <pthread.h>
 #include <sched.h>
 #include <signal.h>
@@ -93,6 +94,18 @@ void keep_running_on_closed_output() {
     ignore.sa_handler = SIG_IGN;
     sigemptyset(&ignore.sa_mask);
     sigaction(SIGPIPE, &ignore, nullptr);
+    // A write past the file size limit (ulimit -f) then fails with EFBIG,
+    // and the writer keeps its file whole, rather than the process dying.
+    sigaction(SIGXFSZ, &ignore, nullptr);
+}
+
+void keep_standard_descriptors_open() {
+    // Opened in order, so each open takes the lowest free number: its own.
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) == -1 && errno == EBADF) {
+            static_cast<void>(open("/dev/null", descriptor == 0 ? O_RDONLY : O_WRONLY));
+        }
+    }
 }
 
 void keep_line_ends_unchanged() {

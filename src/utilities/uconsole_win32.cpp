@@ -37,6 +37,11 @@ void keep_running_on_closed_output() {
     // A write to a closed pipe fails here anyway; there is no signal for it.
 }
 
+void keep_standard_descriptors_open() {
+    // The C runtime marks the number of a missing standard stream as in use
+    // (with no handle), so no file opened later takes it: nothing to do.
+}
+
 void keep_line_ends_unchanged() {
     // The C runtime's text mode would turn CR LF into LF on input, end the
     // input at Ctrl+Z and write LF as CR LF; the shell handles CR LF itself.

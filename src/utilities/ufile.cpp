@@ -1,6 +1,20 @@
 #include "utilities/ufile.h"
 
+#include <filesystem>
+#include <system_error>
+
 namespace VX_UTL {
+
+bool opens_without_waiting(const char* name) {
+    std::error_code error;
+    const std::filesystem::file_type type = std::filesystem::status(name, error).type();
+    return type != std::filesystem::file_type::fifo && type != std::filesystem::file_type::socket;
+}
+
+bool is_same_file(const std::string& first, const std::string& second) {
+    std::error_code error;
+    return !first.empty() && !second.empty() && std::filesystem::equivalent(first, second, error);
+}
 
 uFile::~uFile() {
     if (stream != nullptr) {
@@ -20,7 +34,7 @@ bool uFile::open(const char* name, const char* new_mode) {
         file_name.clear();
     }
     mode = new_mode;
-    if (name != nullptr && mode != nullptr) {
+    if (name != nullptr && mode != nullptr && opens_without_waiting(name)) {
         stream = open_shared(name, mode);
     }
     is_open = stream != nullptr;
