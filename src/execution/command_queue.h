@@ -67,7 +67,8 @@ class command_queue {
     // stop_all and any refusal noted since the last wait_all.
     exit_status wait_all();
     // Whether a use case of this line writes `file`; `same` compares names.
-    bool writes(const std::string& file, bool (*same)(const std::string&, const std::string&)) const;
+    bool writes(const std::string& file,
+                bool (*same)(const std::string&, const std::string&)) const;
     // A handler that said why it did nothing marks its line as refused.
     void note_refused() { refused = true; }
     // Null, or an observer that outlives every wait_all after this call.

@@ -12,8 +12,22 @@ bool opens_without_waiting(const char* name) {
 }
 
 bool is_same_file(const std::string& first, const std::string& second) {
+    if (first.empty() || second.empty()) {
+        return false;
+    }
     std::error_code error;
-    return !first.empty() && !second.empty() && std::filesystem::equivalent(first, second, error);
+    if (std::filesystem::equivalent(first, second, error)) {
+        return true;
+    }
+    if (std::filesystem::exists(first, error) && std::filesystem::exists(second, error)) {
+        return false;
+    }
+    // One is not there yet, and will be once written: the names decide.
+    const auto place = [&error](const std::string& name) {
+        return std::filesystem::weakly_canonical(std::filesystem::absolute(name, error), error);
+    };
+    const auto first_place = place(first);
+    return !error && first_place == place(second) && !error;
 }
 
 uFile::~uFile() {

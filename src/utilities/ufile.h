@@ -51,8 +51,9 @@ std::FILE* open_file_for_reading(const char* name);
 // or a device gives true: the open itself then says what it finds.
 bool opens_without_waiting(const char* name);
 
-// Whether both names reach one existing file (one device and inode, or the
-// platform's file index), however they are spelled.
+// Whether both names reach one file (one device and inode, or the
+// platform's file index), however they are spelled; of a file that is not
+// there yet, whether the names lead to one place.
 bool is_same_file(const std::string& first, const std::string& second);
 
 // The platform's debug channel: syslog at debug priority on POSIX,
