@@ -16,18 +16,25 @@ WINDOWS = COMMAND[-1].endswith(".exe")
 CONNECT = "connect --config board.dat hosted\n"
 
 
-def run(args, stdin, work, close=(), file_limit=None):
+def run(args, stdin, work, close=(), file_limit=None, threads=None):
     def surroundings():
         for descriptor in close:
             os.close(descriptor)
         if file_limit is not None:
             resource.setrlimit(resource.RLIMIT_FSIZE, (file_limit, file_limit))
 
+    env = dict(os.environ)
+    if threads is not None:
+        env["LD_PRELOAD"] = os.path.join(os.environ["ZELNO_TEST_LIBRARY_DIR"], "thread_limit",
+                                         "libthread_limit.so")
+        env["ZELNO_THREADS_ALLOWED"] = str(threads)
+        # Preloaded ahead of the sanitizer, whose pthread_create it calls on.
+        env["ASAN_OPTIONS"] = env.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"
     read_end, write_end = os.pipe()
     os.close(read_end)
     process = subprocess.run([*COMMAND, *args], input=stdin.encode(), cwd=work, timeout=60,
                              stdout=write_end if close == () else subprocess.PIPE,
-                             stderr=subprocess.PIPE, preexec_fn=surroundings)
+                             stderr=subprocess.PIPE, preexec_fn=surroundings, env=env)
     os.close(write_end)
     return process.returncode, process.stderr.decode()
 
@@ -63,12 +70,23 @@ if not WINDOWS:
          {}, 3, "Could not open file f.dat\nCould not open file f.tgcfg\n", None),
         ("a FIFO as script", ["--script", "s.zelno"], "", {}, 3,
          "zelno: cannot read script s.zelno: Not a regular file\n", None),
+        # The Ctrl+C thread and two use cases get threads, the last two none:
+        # they vanished without a word, their files emptied.
+        ("no thread for a use case", ["--script", "-"],
+         CONNECT + "; ".join(f"wattscope -o {name}.csv -D 300 --saveall ws" for name in "abcd")
+         + "\nhelp quit\n", {"threads": 3}, 2,
+         "wattscope: could not start: no thread available\n" * 2,
+         lambda w: read(w, "a.csv").startswith("sample,") and read(w, "b.csv").startswith("sample,")
+         and read(w, "c.csv") == read(w, "d.csv") == "kept\n"),
     ]
 
 failures = []
 for name, args, stdin, surroundings, status, message, check in ROWS:
     work = tempfile.mkdtemp(prefix="zelno-surroundings-")
     shutil.copy(os.path.join(HERE, "..", "..", "demo", "board.dat"), work)
+    for kept in ("c.csv", "d.csv"):
+        with open(os.path.join(work, kept), "w") as f:
+            f.write("kept\n")
     for fifo in ("f.dat", "f.tgcfg", "lc", "s.zelno"):
         if not WINDOWS:
             os.mkfifo(os.path.join(work, fifo))
