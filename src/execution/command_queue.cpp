@@ -36,6 +36,9 @@ std::vector<std::string> command_queue::start_all() {
     note_wait_begins(0);
     std::vector<std::string> not_started;
     for (const auto& [sequence, entry] : entries) {
+        if (closed) {
+            break;  // Never run, counted as failed, destroyed with the rest.
+        }
         if (entry->runnable->status() == status_not_started && !entry->thread->start()) {
             // Never reaches run: stays at 0, is not waited for, counts as
             // failed and is destroyed with the rest.
@@ -64,12 +67,17 @@ bool command_queue::in_last_stretch(const command_data_t& entry) const {
     return entry.duration - elapsed_at_wait - into_wait.count() <= last_stretch_ms;
 }
 
+void command_queue::close() {
+    closed = true;
+    stop_all();
+}
+
 void command_queue::stop_all() {
     // Held across test and stop, so that the entry can't be destroyed between.
     VX_UTL::uMutexLock lock(mutex);
     for (const auto& [sequence, entry] : entries) {
         if (entry->runnable->status() == status_running &&
-            (entry->stopped_at_limit || !in_last_stretch(*entry))) {
+            (closed || entry->stopped_at_limit || !in_last_stretch(*entry))) {
             entry->stopped_by_user = true;
             entry->runnable->stop();
         }
@@ -93,6 +101,10 @@ exit_status command_queue::wait_all() {
     // The sum of the waits made, not a clock: a wait that comes back early
     // still counts whole.
     int32_t elapsed = 0;
+    // An entry that start_all started while close() went by is stopped here.
+    if (closed) {
+        stop_all();
+    }
     for (;;) {
         uint32_t running = 0;
         int32_t wait = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -72,6 +73,10 @@ class command_queue {
     // entry that still runs is stopped again.
     void stop_all();
     static constexpr int32_t last_stretch_ms = 250;
+    // For the end of the process: stops every running entry, also in its
+    // last stretch, and from now on starts none and stops any that runs.
+    // Any thread.
+    void close();
     // Stops each entry at its limit, waits until none runs, destroys all.
     // Gives the worst outcome of the line: the entries' results, a stop by
     // stop_all and any refusal noted since the last wait_all.
@@ -96,7 +101,8 @@ class command_queue {
     // waits of wait_all.
     std::map<uint32_t, command_data_t*> entries;
     VX_UTL::uMutex mutex;
-    uint32_t next_sequence = 1;         // Main thread only. Never reset.
+    uint32_t next_sequence = 1;       // Main thread only. Never reset.
+    std::atomic<bool> closed{false};  // Set by close(), on any thread; never cleared.
     // wait_all's elapsed when its current wait began, and when that was by
     // a clock; under `mutex`. The clock serves stop_all's question alone.
     int32_t elapsed_at_wait = 0;

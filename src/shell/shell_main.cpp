@@ -168,14 +168,22 @@ bool is_comment(const char* line) {
     return first != std::string_view::npos && text[first] == '#';
 }
 
-// Runs lines until the input ends, a line begins with 0x04, or quit. Lines
-// go on running after a failure; the worst outcome is the result.
+// Runs lines until the input ends, a line begins with 0x04, quit, or an end
+// is requested. Lines go on running after a failure; the worst outcome is
+// the result.
 exit_status run_lines(line_source& source, bool skip_comments) {
     exit_status worst = exit_all_passed;
     try {
         char line[line_buffer_size];
         for (;;) {
+            if (!ending::reading_begins()) {
+                // The use cases of the last line were stopped, as by Ctrl+C.
+                worst = worse(worst, exit_use_case_failed);
+                exit_requested = true;
+                break;
+            }
             const read_result result = source.read(line);
+            ending::reading_ends();
             if (result == read_result::end || line[0] == end_of_transmission) {
                 exit_requested = true;
                 break;
@@ -265,6 +273,7 @@ int run_script(const char* name) {
             return exit_refused;
         }
     }
+    ending::set_status(exit_use_case_failed);
     const auto ctrl_handling = install_ctrl_handler();
     stream_source source(file.is_open() ? file : std::cin, true);
     return run_lines(source, true);

@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace VX_UTL {
 
@@ -35,6 +36,10 @@ BOOL WINAPI uConsoleControl::platform_state::handler(DWORD control_type) {
 
 void keep_running_on_closed_output() {
     // A write to a closed pipe fails here anyway; there is no signal for it.
+}
+
+void end_process_now(int status) {
+    std::_Exit(status);
 }
 
 void keep_standard_descriptors_open() {

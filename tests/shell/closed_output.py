@@ -3,7 +3,9 @@
 # reads on, ends with 0.
 import os
 import resource
+import select
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -80,7 +82,53 @@ if not WINDOWS:
          and read(w, "c.csv") == read(w, "d.csv") == "kept\n"),
     ]
 
+# SIGTERM and SIGHUP stop the running use cases as Ctrl+C does and end zelno
+# after the line (2 in script mode), or at once while it waits for input.
+# (name, args, input, output awaited before the signal, signal, status)
+SIGNAL_ROWS = [] if WINDOWS else [
+    ("SIGTERM during a capture", ["--script", "-"], CONNECT + "wattscope -o wait_say.csv ws\nhelp\n",
+     b"wattscope 1 running", signal.SIGTERM, 2),
+    ("SIGHUP while a script waits for input", ["--script", "-"], "help quit\n",
+     b"Exit the interactive tool", signal.SIGHUP, 2),
+    ("SIGTERM at the prompt", [], "", b"zelno> ", signal.SIGTERM, 0),
+]
+
+
+def run_signalled(args, stdin, work, awaited, signal_number):
+    process = subprocess.Popen([*COMMAND, *args], cwd=work, stdin=subprocess.PIPE,
+                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    process.stdin.write(stdin.encode())
+    process.stdin.flush()
+    seen = b""
+    while awaited not in seen:
+        ready, _, _ = select.select([process.stdout], [], [], 60)
+        chunk = os.read(process.stdout.fileno(), 4096) if ready else b""
+        if not chunk:
+            process.kill()
+            break
+        seen += chunk
+    process.send_signal(signal_number)
+    try:
+        return process.wait(timeout=60), seen + process.stdout.read()  # stdin stays open
+    finally:
+        process.stdin.close()
+
+
 failures = []
+for name, args, stdin, awaited, signal_number, status in SIGNAL_ROWS:
+    work = tempfile.mkdtemp(prefix="zelno-surroundings-")
+    shutil.copy(os.path.join(HERE, "..", "..", "demo", "board.dat"), work)
+    os.mkdir(os.path.join(work, "wattscope"))
+    shutil.copy(os.path.join(os.environ["ZELNO_TEST_LIBRARY_DIR"], "usecase", "basic",
+                             "libwattscopestandalone.so"), os.path.join(work, "wattscope"))
+    got_status, output = run_signalled(args, stdin, work, awaited, signal_number)
+    # The line ran to its end, and no later one: the listing of help is missing.
+    record = read(work, "double_record.txt") if os.path.exists(
+        os.path.join(work, "double_record.txt")) else "end=stopped"
+    if got_status != status or b"List all supported" in output.split(awaited)[-1] or "end=stopped" not in record:
+        failures.append(f"{name}: status {got_status}, output {output!r} (kept {work})")
+    else:
+        shutil.rmtree(work)
 for name, args, stdin, surroundings, status, message, check in ROWS:
     work = tempfile.mkdtemp(prefix="zelno-surroundings-")
     shutil.copy(os.path.join(HERE, "..", "..", "demo", "board.dat"), work)
@@ -99,5 +147,5 @@ for name, args, stdin, surroundings, status, message, check in ROWS:
         failures.append(f"{name}: no end within 60 s (kept {work})")
         continue
     shutil.rmtree(work)
-print("\n".join(failures) or f"{len(ROWS)} rows passed")
+print("\n".join(failures) or f"{len(ROWS) + len(SIGNAL_ROWS)} rows passed")
 sys.exit(1 if failures else 0)
