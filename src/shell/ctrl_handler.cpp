@@ -41,10 +41,6 @@ void reading_ends() {
     }
 }
 
-bool requested() {
-    return end_requested;
-}
-
 }  // namespace ending
 
 bool console_ctrl_handler(uint32_t control_type) {

@@ -31,5 +31,4 @@ void set_status(int status);
 bool reading_begins();
 // After the read. Doesn't return if the handler is ending the process.
 void reading_ends();
-bool requested();
 }  // namespace ending
