@@ -22,6 +22,10 @@ def run(args, stdin, work, close=(), file_limit=None, threads=None, signal_after
     """Status, stdout and stderr of zelno in `work`; `signal_after` is the
     output awaited before a signal, and the signal, sent with input open."""
     def surroundings():
+        # A signal ignored at start stays ignored (nohup), and the test may
+        # run under nohup.
+        for number in (signal.SIGHUP, signal.SIGTERM):
+            signal.signal(number, signal.SIG_DFL)
         for descriptor in close:
             os.close(descriptor)
         if file_limit is not None:
