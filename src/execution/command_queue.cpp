@@ -25,22 +25,59 @@ void command_queue::add(std::string name, zelno_command* command, int32_t durati
     ++next_sequence;
 }
 
-void command_queue::start_all() {
+bool command_queue::writes(const std::string& file,
+                           bool (*same)(const std::string&, const std::string&)) const {
+    return std::any_of(entries.begin(), entries.end(), [&](const auto& element) {
+        return same(element.second->command->output_file(), file);
+    });
+}
+
+std::vector<std::string> command_queue::start_all() {
+    note_wait_begins(0);
+    std::vector<std::string> not_started;
     for (const auto& [sequence, entry] : entries) {
+        if (closed) {
+            break;  // Never run, counted as failed, destroyed with the rest.
+        }
         if (entry->runnable->status() == status_not_started && !entry->thread->start()) {
-            // Never reaches run: stays at 0, is not waited for and is
-            // destroyed with the rest.
+            // Never reaches run: stays at 0, is not waited for, counts as
+            // failed and is destroyed with the rest.
+            not_started.push_back(entry->name);
             continue;
         }
         entry->runnable->wait_while(status_not_started);
     }
+    return not_started;
+}
+
+void command_queue::note_wait_begins(int32_t elapsed) {
+    const VX_UTL::uMutexLock lock(mutex);
+    elapsed_at_wait = elapsed;
+    wait_began = std::chrono::steady_clock::now();
+}
+
+// The limits count the waits, not a clock; only how far the current wait has
+// got is measured, to tell a Ctrl+C in the last moments of a limit.
+bool command_queue::in_last_stretch(const command_data_t& entry) const {
+    if (entry.duration <= 0) {
+        return false;
+    }
+    const auto into_wait = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - wait_began);
+    return entry.duration - elapsed_at_wait - into_wait.count() <= last_stretch_ms;
+}
+
+void command_queue::close() {
+    closed = true;
+    stop_all();
 }
 
 void command_queue::stop_all() {
     // Held across test and stop, so that the entry can't be destroyed between.
     VX_UTL::uMutexLock lock(mutex);
     for (const auto& [sequence, entry] : entries) {
-        if (entry->runnable->status() == status_running) {
+        if (entry->runnable->status() == status_running &&
+            (closed || entry->stopped_at_limit || !in_last_stretch(*entry))) {
             entry->stopped_by_user = true;
             entry->runnable->stop();
         }
@@ -52,6 +89,10 @@ void command_queue::stop_at_limit(command_data_t& entry, int32_t elapsed) {
         observer->quiet();
     }
     std::cout << "Stopping " << entry.name << " after " << elapsed << "ms" << std::endl;
+    {
+        const VX_UTL::uMutexLock lock(mutex);
+        entry.stopped_at_limit = true;
+    }
     entry.runnable->stop();
     entry.runnable->wait_while(status_running);
 }
@@ -60,6 +101,10 @@ exit_status command_queue::wait_all() {
     // The sum of the waits made, not a clock: a wait that comes back early
     // still counts whole.
     int32_t elapsed = 0;
+    // An entry that start_all started while close() went by is stopped here.
+    if (closed) {
+        stop_all();
+    }
     for (;;) {
         uint32_t running = 0;
         int32_t wait = 0;
@@ -100,6 +145,7 @@ exit_status command_queue::wait_all() {
             wait = std::min(wait, wait_observer::period_ms);
         }
         if (chosen != nullptr) {
+            note_wait_begins(elapsed);
             chosen->thread->wait(static_cast<uint32_t>(wait));
             elapsed += wait;
         } else if (first_untimed != nullptr) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -24,6 +26,9 @@ class command_data_t {
     zelno_command* command = nullptr;
     // Set by stop_all under the queue's mutex; read under it by clean_up.
     bool stopped_by_user = false;
+    // Set by wait_all under the queue's mutex when it stops the entry at its
+    // limit; read under it by stop_all.
+    bool stopped_at_limit = false;
 };
 
 // One running use case as wait_all reports it to its observer.
@@ -59,13 +64,26 @@ class command_queue {
     // Takes ownership of `command`; nothing runs yet.
     void add(std::string name, zelno_command* command, int32_t duration);
     // Starts the entries in order, each one running before the next starts.
-    void start_all();
-    // Stops the running entries; waits for none of them.
+    // Gives the names of those that got no thread: they never run, count as
+    // failed and are destroyed by wait_all with the rest.
+    std::vector<std::string> start_all();
+    // Stops the running entries; waits for none of them. An entry in the last
+    // `last_stretch_ms` before its limit is left to the limit: it has as good
+    // as completed, and its stop there says so. Once stopped at its limit, an
+    // entry that still runs is stopped again.
     void stop_all();
+    static constexpr int32_t last_stretch_ms = 250;
+    // For the end of the process: stops every running entry, also in its
+    // last stretch, and from now on starts none and stops any that runs.
+    // Any thread.
+    void close();
     // Stops each entry at its limit, waits until none runs, destroys all.
     // Gives the worst outcome of the line: the entries' results, a stop by
     // stop_all and any refusal noted since the last wait_all.
     exit_status wait_all();
+    // Whether a use case of this line writes `file`; `same` compares names.
+    bool writes(const std::string& file,
+                bool (*same)(const std::string&, const std::string&)) const;
     // A handler that said why it did nothing marks its line as refused.
     void note_refused() { refused = true; }
     // Null, or an observer that outlives every wait_all after this call.
@@ -75,13 +93,20 @@ class command_queue {
     void stop_at_limit(command_data_t& entry, int32_t elapsed);
     exit_status clean_up();
     void report_running();
+    bool in_last_stretch(const command_data_t& entry) const;
+    void note_wait_begins(int32_t elapsed);
 
     // Ascending keys are the order of add. Changed on the main thread only,
     // and then under `mutex`, which stop_all holds too; never held across the
     // waits of wait_all.
     std::map<uint32_t, command_data_t*> entries;
     VX_UTL::uMutex mutex;
-    uint32_t next_sequence = 1;         // Main thread only. Never reset.
+    uint32_t next_sequence = 1;       // Main thread only. Never reset.
+    std::atomic<bool> closed{false};  // Set by close(), on any thread; never cleared.
+    // wait_all's elapsed when its current wait began, and when that was by
+    // a clock; under `mutex`. The clock serves stop_all's question alone.
+    int32_t elapsed_at_wait = 0;
+    std::chrono::steady_clock::time_point wait_began;
     bool refused = false;               // Main thread only; cleared by wait_all.
     wait_observer* observer = nullptr;  // Main thread only.
 };

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
 // What a use case can tell of its run so far; each figure only if known.
 struct run_figures {
@@ -21,4 +22,6 @@ class zelno_command {
     virtual void stop() = 0;
     // From another thread while run() is in progress, for display only.
     virtual run_figures figures() { return {}; }
+    // The file that run() writes, if one; main thread only.
+    virtual std::string output_file() const { return {}; }
 };

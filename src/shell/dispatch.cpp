@@ -19,7 +19,9 @@ exit_status run_line(const char* line) {
     for (const std::string& command : commands) {
         run_command(command.c_str());
     }
-    global_command_queue.start_all();
+    for (const std::string& name : global_command_queue.start_all()) {
+        std::cerr << name << ": could not start: no thread available" << std::endl;
+    }
     return global_command_queue.wait_all();
 }
 

@@ -1,6 +1,7 @@
 #include "shell/shell.h"
 
 int main(int argc, char** argv) {
+    VX_UTL::keep_standard_descriptors_open();
     VX_UTL::keep_running_on_closed_output();
     VX_UTL::keep_line_ends_unchanged();
     if (is_script_mode(argc, argv)) {

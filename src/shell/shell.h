@@ -17,5 +17,18 @@ int run_script(const char* name);
 // each mode does before it returns, so that no Ctrl+C reaches the queue
 // during static destruction.
 std::unique_ptr<VX_UTL::uConsoleControl> install_ctrl_handler();
-// Ctrl+C stops the running use cases; other events are passed on.
+// Ctrl+C stops the running use cases; a request to end (SIGTERM, SIGHUP)
+// stops them all and ends the shell after the line, or at once while it waits
+// for input; other events are passed on.
 bool console_ctrl_handler(uint32_t control_type);
+
+// What the console control thread needs to know of the main thread to end
+// the shell. All calls but the handler's are made on the main thread.
+namespace ending {
+// The exit status when the shell is ended by request; before install.
+void set_status(int status);
+// Before a read of input: false when an end is requested, and the loop ends.
+bool reading_begins();
+// After the read. Doesn't return if the handler is ending the process.
+void reading_ends();
+}  // namespace ending

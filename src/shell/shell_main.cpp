@@ -16,6 +16,7 @@
 #include "shell/completion.h"
 #include "shell/shell.h"
 #include "shell/status_line.h"
+#include "utilities/ufile.h"
 #include "utilities/uterminal.h"
 
 namespace {
@@ -68,6 +69,10 @@ class stream_source : public line_source {
         if (!is_script) {
             std::cout << prompt;
         }
+        if (first_read && is_script) {
+            skip_byte_order_mark();
+        }
+        first_read = false;
         in.getline(line, line_buffer_size, '\n');
         if (is_script && in.eof() && !in.bad() && line[0] != '\0') {
             drop_carriage_return(line);
@@ -88,6 +93,11 @@ class stream_source : public line_source {
                 in.get();
                 return read_result::line;
             }
+            if (in.eof()) {
+                // The last line, with no line feed: a script runs it, piped
+                // input drops it, as it drops any such line.
+                return is_script ? read_result::line : read_result::end;
+            }
         }
         const read_result result = too_long_line(line);
         in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
@@ -95,6 +105,27 @@ class stream_source : public line_source {
     }
 
   private:
+    // Editors on Windows begin a UTF-8 file with one; it is no command's
+    // byte. Piped input to the shell keeps every byte it is given.
+    void skip_byte_order_mark() {
+        static constexpr char mark[] = "\xEF\xBB\xBF";
+        if (in.peek() != static_cast<unsigned char>(mark[0])) {
+            return;
+        }
+        // A stream need not take back more than one byte, so the bytes read
+        // of something that is no mark after all go to the front of the line.
+        std::size_t matched = 0;
+        while (matched < 3 && in.peek() == static_cast<unsigned char>(mark[matched])) {
+            in.get();
+            ++matched;
+        }
+        if (matched < 3) {
+            for (std::size_t index = matched; index > 0; --index) {
+                in.putback(mark[index - 1]);
+            }
+        }
+    }
+
     static void drop_carriage_return(char* line) {
         const std::size_t length = std::strlen(line);
         if (length > 0 && line[length - 1] == '\r') {
@@ -104,6 +135,7 @@ class stream_source : public line_source {
 
     std::istream& in;
     bool is_script;
+    bool first_read = true;
 };
 
 class editor_source : public line_source {
@@ -136,14 +168,22 @@ bool is_comment(const char* line) {
     return first != std::string_view::npos && text[first] == '#';
 }
 
-// Runs lines until the input ends, a line begins with 0x04, or quit. Lines
-// go on running after a failure; the worst outcome is the result.
+// Runs lines until the input ends, a line begins with 0x04, quit, or an end
+// is requested. Lines go on running after a failure; the worst outcome is
+// the result.
 exit_status run_lines(line_source& source, bool skip_comments) {
     exit_status worst = exit_all_passed;
     try {
         char line[line_buffer_size];
         for (;;) {
+            if (!ending::reading_begins()) {
+                // The use cases of the last line were stopped, as by Ctrl+C.
+                worst = worse(worst, exit_use_case_failed);
+                exit_requested = true;
+                break;
+            }
             const read_result result = source.read(line);
+            ending::reading_ends();
             if (result == read_result::end || line[0] == end_of_transmission) {
                 exit_requested = true;
                 break;
@@ -216,20 +256,24 @@ int run_script(const char* name) {
     std::ifstream file;
     if (std::string_view(name) != "-") {
         std::error_code error;
+        std::string reason;
         if (std::filesystem::is_directory(name, error)) {
-            error = std::make_error_code(std::errc::is_a_directory);
+            reason = std::make_error_code(std::errc::is_a_directory).message();
+        } else if (!VX_UTL::opens_without_waiting(name)) {
+            // Its open would wait for a writer; piped lines come by --script -.
+            reason = "Not a regular file";
         } else {
             file.open(name);
             if (!file.is_open()) {
-                error = std::error_code(errno, std::generic_category());
+                reason = std::error_code(errno, std::generic_category()).message();
             }
         }
         if (!file.is_open()) {
-            std::cerr << "zelno: cannot read script " << name << ": " << error.message()
-                      << std::endl;
+            std::cerr << "zelno: cannot read script " << name << ": " << reason << std::endl;
             return exit_refused;
         }
     }
+    ending::set_status(exit_use_case_failed);
     const auto ctrl_handling = install_ctrl_handler();
     stream_source source(file.is_open() ? file : std::cin, true);
     return run_lines(source, true);

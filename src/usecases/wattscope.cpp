@@ -4,11 +4,14 @@
 #include <iostream>
 #include <memory>
 #include <stdexcept>
+#include <string>
 
 #include "execution/command_queue.h"
 #include "options/argtable_table.h"
+#include "session/command_log.h"
 #include "usecases/usecase_abi.h"
 #include "usecases/usecase_library.h"
+#include "utilities/ufile.h"
 
 namespace {
 
@@ -17,7 +20,8 @@ const library_functions wattscope_functions{wattscope_symbol, "wattscope_run", "
 
 }  // namespace
 
-wattscope::wattscope(void* owned_handle) : library_command(wattscope_functions, owned_handle) {}
+wattscope::wattscope(void* owned_handle, std::string output_name)
+    : library_command(wattscope_functions, owned_handle), output(std::move(output_name)) {}
 
 void wattscope_command(argument_list& args, command_queue& queue) {
     argtable_binding& argtable = get_argtable_binding();
@@ -68,6 +72,11 @@ void wattscope_command(argument_list& args, command_queue& queue) {
         return;
     }
 
+    // The library knows the files of its captures, not the command log.
+    if (VX_UTL::is_same_file(output->sval[0], command_log_stream.file_in_use())) {
+        throw std::runtime_error(std::string("wattscope: the output file '") + output->sval[0] +
+                                 "' is the command log\n");
+    }
     const auto create = reinterpret_cast<wattscope_create_fn>(wattscope_symbol("wattscope_create"));
     wattscope_options options;
     options.sampfreq = sampfreq->ival[0];
@@ -89,7 +98,7 @@ void wattscope_command(argument_list& args, command_queue& queue) {
         queue.note_refused();
         return;
     }
-    auto command = std::make_unique<wattscope>(handle);
+    auto command = std::make_unique<wattscope>(handle, options.output);
     queue.add("wattscope", command.release(), options.duration);
 }
 

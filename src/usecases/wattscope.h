@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "shell/commands.h"
 #include "usecases/library_command.h"
 
@@ -7,7 +9,11 @@
 // library's wattscope functions.
 class wattscope final : public library_command {
   public:
-    explicit wattscope(void* owned_handle);
+    wattscope(void* owned_handle, std::string output);
+    std::string output_file() const override { return output; }
+
+  private:
+    const std::string output;
 };
 
 void wattscope_command(argument_list& args, command_queue& queue);

@@ -1,6 +1,8 @@
+#include <fcntl.h>
 #include <pthread.h>
 #include <sched.h>
 #include <signal.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,8 +17,18 @@ sigset_t interrupt_set() {
     sigset_t set;
     sigemptyset(&set);
     sigaddset(&set, SIGINT);
+    sigaddset(&set, SIGTERM);
+    sigaddset(&set, SIGHUP);
     return set;
 }
+
+// The terminal's modes before any line editor changed them; written by the
+// constructor before the signal thread exists, read by end_process_now.
+struct saved_terminal {
+    bool saved = false;
+    termios modes{};
+};
+saved_terminal terminal_at_start;
 
 // The destructor wakes the signal thread with a SIGINT queued to that thread
 // alone, carrying the address of the state; a Ctrl+C comes from the terminal
@@ -27,12 +39,14 @@ bool is_wake_up(const siginfo_t& info, const void* state) {
 }
 
 // An event the routine didn't handle goes where it would have gone without
-// us: SIGINT is let through on this thread alone and raised, so its own
+// us: the signal is let through on this thread alone and raised, so its own
 // disposition acts (by default it ends the process).
-void pass_on_interrupt() {
-    const sigset_t set = interrupt_set();
+void pass_on(int signal_number) {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, signal_number);
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-    raise(SIGINT);
+    raise(signal_number);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
 }
 
@@ -42,7 +56,7 @@ void pass_on_interrupt() {
 // destructor joins before it frees this.
 struct uConsoleControl::platform_state {
     static void* entry(void* argument);
-    void serve() const;
+    void serve(int signal_number) const;
     void serve_pending() const;
 
     console_ctrl_routine routine = nullptr;
@@ -64,13 +78,13 @@ void* uConsoleControl::platform_state::entry(void* argument) {
             state.serve_pending();
             return nullptr;
         }
-        state.serve();
+        state.serve(info.si_signo);
     }
 }
 
-void uConsoleControl::platform_state::serve() const {
-    if (!routine(CTRL_C_EVENT)) {
-        pass_on_interrupt();
+void uConsoleControl::platform_state::serve(int signal_number) const {
+    if (!routine(signal_number == SIGINT ? CTRL_C_EVENT : TERMINATE_EVENT)) {
+        pass_on(signal_number);
     }
 }
 
@@ -78,12 +92,14 @@ void uConsoleControl::platform_state::serve_pending() const {
     const sigset_t set = interrupt_set();
     for (;;) {
         sigset_t pending;
-        if (sigpending(&pending) != 0 || sigismember(&pending, SIGINT) != 1) {
+        if (sigpending(&pending) != 0 ||
+            (sigismember(&pending, SIGINT) != 1 && sigismember(&pending, SIGTERM) != 1 &&
+             sigismember(&pending, SIGHUP) != 1)) {
             return;
         }
         siginfo_t info{};
         if (sigwaitinfo(&set, &info) > 0) {
-            serve();
+            serve(info.si_signo);
         }
     }
 }
@@ -93,15 +109,36 @@ void keep_running_on_closed_output() {
     ignore.sa_handler = SIG_IGN;
     sigemptyset(&ignore.sa_mask);
     sigaction(SIGPIPE, &ignore, nullptr);
+    // A write past the file size limit (ulimit -f) then fails with EFBIG,
+    // and the writer keeps its file whole, rather than the process dying.
+    sigaction(SIGXFSZ, &ignore, nullptr);
+}
+
+void keep_standard_descriptors_open() {
+    // Opened in order, so each open takes the lowest free number: its own.
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) == -1 && errno == EBADF) {
+            static_cast<void>(open("/dev/null", descriptor == 0 ? O_RDONLY : O_WRONLY));
+        }
+    }
 }
 
 void keep_line_ends_unchanged() {
     // POSIX streams translate nothing.
 }
 
+void end_process_now(int status) {
+    if (terminal_at_start.saved) {
+        tcsetattr(STDIN_FILENO, TCSANOW, &terminal_at_start.modes);
+    }
+    _exit(status);
+}
+
 uConsoleControl::uConsoleControl(console_ctrl_routine routine) {
     auto building = std::make_unique<platform_state>();
     building->routine = routine;
+    terminal_at_start.saved =
+        isatty(STDIN_FILENO) == 1 && tcgetattr(STDIN_FILENO, &terminal_at_start.modes) == 0;
     // The block comes first, so that the signal thread and every thread
     // created after it inherit it, and a Ctrl+C can reach no thread but the
     // one that waits for it.
@@ -127,8 +164,8 @@ uConsoleControl::~uConsoleControl() {
         sched_yield();
     }
     pthread_join(state->thread, nullptr);
-    // From here on a Ctrl+C takes SIGINT's own disposition: by default it
-    // ends the process, and nothing of ours runs.
+    // From here on a Ctrl+C takes SIGINT's own disposition (SIGTERM and
+    // SIGHUP theirs): by default it ends the process, and nothing of ours runs.
     pthread_sigmask(SIG_SETMASK, &state->previous_mask, nullptr);
 }
 

@@ -38,6 +38,15 @@ void keep_running_on_closed_output() {
     // A write to a closed pipe fails here anyway; there is no signal for it.
 }
 
+void end_process_now(int status) {
+    std::_Exit(status);
+}
+
+void keep_standard_descriptors_open() {
+    // The C runtime marks the number of a missing standard stream as in use
+    // (with no handle), so no file opened later takes it: nothing to do.
+}
+
 namespace {
 UINT console_output_code_page = 0;  // Set once at start, before any thread.
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "utilities/udll.h"
+#include "utilities/ufile.h"
 #include "utilities/uplatform.h"
 
 namespace VX_UTL {
@@ -66,7 +67,7 @@ void* open_in(const std::vector<std::string>& directories, const std::string& na
               std::string& first_refusal) {
     for (const std::string& directory : directories) {
         const std::string path = directory + '/' + name;
-        if (access(path.c_str(), F_OK) != 0) {
+        if (access(path.c_str(), F_OK) != 0 || !opens_without_waiting(path.c_str())) {
             continue;
         }
         if (void* module = dlopen(path.c_str(), open_flags)) {
@@ -98,10 +99,12 @@ void* uDll::open_module(const std::string& name, std::string& error) {
             return module;
         }
     }
-    if (void* module = dlopen(name.c_str(), open_flags)) {
+    // The loader's open of a FIFO would wait for a writer.
+    const bool would_wait = !bare && !opens_without_waiting(name.c_str());
+    if (void* module = would_wait ? nullptr : dlopen(name.c_str(), open_flags)) {
         return module;
     }
-    const std::string reason = loader_error();
+    const std::string reason = would_wait ? name + ": not a regular file" : loader_error();
     if (bare) {
         if (void* module = open_in(executable_search_directories(), name, first_refusal)) {
             return module;

@@ -38,9 +38,23 @@ class uFile {
     uMutex file_lock;
 };
 
-// fopen(name, "r"), but a directory is refused: Windows fails to open one,
-// POSIX opens it. For callers that only test whether a file is there to read.
+// fopen(name, "r") of a file that holds data to read: a directory is
+// refused (Windows fails to open one, POSIX opens it), and so is a FIFO or
+// socket, which would keep the open or the reads waiting for another
+// program. The open itself never waits. For callers that only test whether
+// a file is there to read.
 std::FILE* open_file_for_reading(const char* name);
+
+// False when `name` exists and is a FIFO or socket: opening one waits until
+// another program opens its other end, and its writes wait for a reader.
+// Looked at without opening it. A missing name, a regular file, a directory
+// or a device gives true: the open itself then says what it finds.
+bool opens_without_waiting(const char* name);
+
+// Whether both names reach one file (one device and inode, or the
+// platform's file index), however they are spelled; of a file that is not
+// there yet, whether the names lead to one place.
+bool is_same_file(const std::string& first, const std::string& second);
 
 // The platform's debug channel: syslog at debug priority on POSIX,
 // OutputDebugStringA on Windows. Whether anyone listens is not known.

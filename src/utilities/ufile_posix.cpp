@@ -1,5 +1,7 @@
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <syslog.h>
+#include <unistd.h>
 
 #include "utilities/ufile.h"
 
@@ -12,11 +14,20 @@ std::FILE* uFile::open_shared(const char* name, const char* mode) {
 }
 
 std::FILE* open_file_for_reading(const char* name) {
-    std::FILE* file = std::fopen(name, "r");
-    struct stat status {};
-    if (file != nullptr && fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode)) {
-        std::fclose(file);
+    // Without O_NONBLOCK, opening a FIFO waits for a writer.
+    const int descriptor = open(name, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) {
         return nullptr;
+    }
+    struct stat status {};
+    const bool readable = fstat(descriptor, &status) == 0 && !S_ISDIR(status.st_mode) &&
+                          !S_ISFIFO(status.st_mode) && !S_ISSOCK(status.st_mode);
+    const int flags = readable ? fcntl(descriptor, F_GETFL) : -1;
+    std::FILE* file = flags != -1 && fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0
+                          ? fdopen(descriptor, "r")
+                          : nullptr;
+    if (file == nullptr) {
+        close(descriptor);
     }
     return file;
 }

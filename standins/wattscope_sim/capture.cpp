@@ -73,7 +73,7 @@ int capture::run(std::ostream& out, std::ostream& errors) {
     file_.advance(header + header_.size());
     checkpoints_.push_back({0, header_.size(), 0});
 
-    capture_end end = sample_until_the_end();
+    capture_end end = file_.begin() ? sample_until_the_end() : capture_end::write_error;
     file_.cancel_rewrite();  // The last cut is exact; one under way would keep too much.
     if (end != capture_end::write_error) {
         const bool kept = flush_rows() && (!windowed() || trim_to_window(window_start()));

@@ -96,13 +96,13 @@ bool capture_file::open(const std::string& path, std::string& error) {
     file_ = file;
     identity_ = identity;
     claimed_ = regular_;
-    if (regular_ && !truncate_file(file_, 0)) {
-        error = "cannot create output file '" + path + "': " + std::strerror(errno);
-        return false;
-    }
     capacity_ = default_capacity;
     buffer_ = std::make_unique<char[]>(capacity_);
     return true;
+}
+
+bool capture_file::begin() {
+    return !regular_ || truncate_file(file_, 0) || fail("cannot empty " + path_, errno);
 }
 
 char* capture_file::space(size_t bytes) {

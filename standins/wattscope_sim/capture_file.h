@@ -23,10 +23,13 @@ class capture_file {
     capture_file& operator=(const capture_file&) = delete;
     ~capture_file();
 
-    // Creates the file, or empties an existing regular one. Refuses what is
-    // neither a regular file nor a character device, and a file that another
-    // capture of this process writes.
+    // Creates the file if missing; an existing one is emptied by begin().
+    // Refuses what is neither a regular file nor a character device, and a
+    // file that another capture of this process writes.
     bool open(const std::string& path, std::string& error);
+    // Empties the file, when the capture begins to write it: a capture that
+    // never runs leaves it as it was. False, with error(), on failure.
+    bool begin();
 
     // False for a character device, which can't be cut or rewritten.
     bool regular() const { return regular_; }

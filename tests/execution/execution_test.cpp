@@ -168,4 +168,25 @@ TEST(command_queue, a_stop_at_the_limit_and_stop_all_reach_the_command_one_after
     EXPECT_TRUE(seen->destroyed);
 }
 
+TEST(command_queue, a_ctrl_c_in_the_last_moments_of_a_limit_is_left_to_the_limit) {
+    struct row {
+        int32_t duration;
+        int stops_by_ctrl_c;
+        const char* printed;
+        exit_status result;
+    };
+    for (const row& r : {row{200, 0, "Stopping A after 200ms\n", exit_all_passed},
+                         row{60000, 1, "", exit_use_case_failed}}) {
+        command_queue queue;
+        auto seen = std::make_shared<record>();
+        queue.add("A", new fake_command(seen, {}), r.duration);
+        testing::internal::CaptureStdout();
+        queue.start_all();
+        queue.stop_all();
+        EXPECT_EQ(seen->stops, r.stops_by_ctrl_c) << r.duration;
+        EXPECT_EQ(queue.wait_all(), r.result) << r.duration;
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), r.printed) << r.duration;
+    }
+}
+
 }  // namespace
