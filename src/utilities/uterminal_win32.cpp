@@ -75,6 +75,10 @@ uLineEditor::uLineEditor(std::string, completer) : state(std::make_unique<platfo
 
 uLineEditor::~uLineEditor() = default;
 
+std::string uLineEditor::take_problem() {
+    return {};
+}
+
 bool uLineEditor::read(const char* prompt, std::string& line) {
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
     line.clear();

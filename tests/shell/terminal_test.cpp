@@ -5,6 +5,7 @@
 
 #include "shell/completion.h"
 #include "shell/status_line.h"
+#include "utilities/uterminal.h"
 
 namespace {
 
@@ -89,6 +90,35 @@ INSTANTIATE_TEST_SUITE_P(
                                   0,
                                   {999, 0.0, 123.4},
                                   "wattscope 0.0 s: 999 samples, mean 0.00 A, 123 J"}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+struct history_case {
+    const char* name;
+    std::string text;
+    std::size_t limit;
+    std::vector<std::string> lines;
+    bool rewrite;
+};
+
+class history_cases : public testing::TestWithParam<history_case> {};
+
+TEST_P(history_cases, keeps_the_last_lines) {
+    const history_case& c = GetParam();
+    const VX_UTL::history_text found = VX_UTL::parse_history(c.text, c.limit);
+    EXPECT_EQ(found.lines, c.lines);
+    EXPECT_EQ(found.rewrite, c.rewrite);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    table, history_cases,
+    testing::Values(history_case{"plain", "help\r\n\n  \nquit", 3, {"help", "quit"}, false},
+                    history_case{"last_of_many", "a\nb\nc\nd\n", 2, {"c", "d"}, false},
+                    history_case{"grown_past_twice", "a\nb\nc\nd\ne\n", 2, {"d", "e"}, true},
+                    history_case{"older_escaped",
+                                 "_HiStOrY_V2_\nhelp\\040quit\\012\na\\\\b\\0\n",
+                                 5,
+                                 {"help quit", "a\\b\\0"},
+                                 true}),
     [](const auto& test) { return std::string(test.param.name); });
 
 }  // namespace

@@ -12,10 +12,12 @@ HELP_QUIT = "Exit the interactive tool"
 class Session:
     """One zelno whose standard input (and output, unless piped) is a pty."""
 
-    def __init__(self, work, piped_output=False):
+    def __init__(self, work, piped_output=False, **env_changes):
         self.master, slave = os.openpty()
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 100, 0, 0))
         env = dict(os.environ, XDG_STATE_HOME=os.path.join(work, "state"))
+        env.update(env_changes)
+        env = {name: value for name, value in env.items() if value is not None}
         self.process = subprocess.Popen(
             [ZELNO], cwd=work, env=env, stdin=slave, stderr=slave,
             stdout=subprocess.PIPE if piped_output else slave, start_new_session=True,
@@ -67,13 +69,49 @@ def check(condition, what):
 
 
 def history(work):
+    os.mkdir(os.path.join(work, "state"))
     for keys in ["help quit\r", UP + "\r"]:  # The second run finds the first's line.
         zelno = Session(work)
         zelno.prompt()
         zelno.type(keys)
         zelno.expect(HELP_QUIT)
         zelno.end()
-    check(os.path.isfile(os.path.join(work, "state", "zelno", "history")), "history file")
+    # Two sessions side by side: each adds its own line, neither loses the other's.
+    first, second = Session(work), Session(work)
+    for zelno, command in [(first, "log"), (second, "connect"), (first, "help")]:
+        zelno.prompt()
+        zelno.type(f"help {command}\r")
+        zelno.expect("Enable logging|Connect to|List all supported")
+    first.end()
+    second.end()
+    with open(os.path.join(work, "state", "zelno", "history")) as file:
+        lines = file.read().splitlines()
+    check(lines == ["help quit", "help log", "help connect", "help help"], f"history {lines}")
+    # No home: no history and no folders made for it. A FIFO: no wait for it.
+    for env, told in [(dict(XDG_STATE_HOME=None, HOME=os.path.join(work, "gone", "home")), ""),
+                      (dict(XDG_STATE_HOME=os.path.join(work, "fifo")), "not a regular file")]:
+        if told:
+            os.makedirs(os.path.join(work, "fifo", "zelno"))
+            os.mkfifo(os.path.join(work, "fifo", "zelno", "history"))
+        zelno = Session(work, **env)
+        zelno.prompt()
+        zelno.type("help quit\r")
+        zelno.expect(HELP_QUIT)
+        zelno.end()
+        check(told in zelno.screen and not os.path.exists(os.path.join(work, "gone")), env)
+
+
+def text(work):
+    """What isn't ASCII is typed into the line as it is, and Ctrl+D ends on a new line."""
+    zelno = Session(work, LC_ALL=None, LANG=None, LC_CTYPE="C.UTF-8")
+    zelno.prompt()
+    zelno.type("log --cmd mess_über.txt\r")
+    zelno.prompt()
+    zelno.type(CTRL_D)
+    check(zelno.process.wait(timeout=20) == 0, "exit status")
+    zelno.seen -= len("zelno> ")
+    zelno.expect(r"zelno> (\^D)?\r?\n$")
+    check(os.path.exists(os.path.join(work, "mess_über.txt")), f"file in {os.listdir(work)}")
 
 
 def completion(work):
