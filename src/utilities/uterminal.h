@@ -34,7 +34,8 @@ history_text parse_history(std::string_view text, std::size_t limit);
 
 // The words that may stand for the word being typed, which begins at
 // `word_start` of the text before the cursor; each is whole and ends with
-// what follows it (a space, or a slash after a folder).
+// what follows it (a space, or a slash after a folder). A word may be the
+// typed one quoted, and then replaces it.
 struct completion {
     std::size_t word_start = 0;
     std::vector<std::string> words;

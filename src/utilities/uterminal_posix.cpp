@@ -289,14 +289,20 @@ unsigned char uLineEditor::platform_state::complete(EditLine* editor, int) {
     if (found.words.empty()) {
         return CC_REFRESH_BEEP;
     }
-    const std::size_t typed = before.size() - found.word_start;
+    const std::string typed = before.substr(std::min(found.word_start, before.size()));
     std::string common = found.words.front();
     for (const std::string& word : found.words) {
         const auto differ = std::mismatch(common.begin(), common.end(), word.begin(), word.end());
         common.erase(differ.first, common.end());
     }
-    if (common.size() > typed) {
-        el_insertstr(editor, common.c_str() + typed);
+    if (common.size() > typed.size()) {
+        // A word that gained a quote is replaced whole.
+        if (!common.starts_with(typed)) {
+            el_deletestr(editor, static_cast<int>(typed.size()));
+            el_insertstr(editor, common.c_str());
+        } else {
+            el_insertstr(editor, common.c_str() + typed.size());
+        }
         return CC_REFRESH;
     }
     if (found.words.size() == 1) {

@@ -116,13 +116,15 @@ def text(work):
 
 def completion(work):
     open(os.path.join(work, "board_file.dat"), "w").close()
+    open(os.path.join(work, "my board.dat"), "w").close()
     zelno = Session(work)
     zelno.prompt()
     zelno.type("hel" + TAB + "qu" + TAB + "\r")
     zelno.expect(HELP_QUIT)
     # libedit draws only what a completion adds.
     for typed, shown in [("connect --config boa", "rd_file.dat "),
-                         ("wattscope -o a.csv --sav", "eall "), ("", "connect  disconnect")]:
+                         ("wattscope -o a.csv --sav", "eall "),
+                         ("log --cmd my", '"my board.dat" '), ("", "connect  disconnect")]:
         zelno.type(typed + TAB)
         zelno.expect(re.escape(shown))
         zelno.type(CTRL_U)
