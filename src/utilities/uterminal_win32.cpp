@@ -20,10 +20,12 @@ bool is_console(DWORD which) {
 bool takes_escape_sequences() {
     const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
-    if (GetConsoleMode(output, &mode) == 0) {
+    if (GetConsoleMode(output, &mode) == 0 ||
+        SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) == 0) {
         return false;
     }
-    return SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+    // Some consoles say yes and keep the old mode; the mode read back tells.
+    return GetConsoleMode(output, &mode) != 0 && (mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
 }  // namespace
@@ -65,6 +67,34 @@ bool uTerminal::input_waiting() {
 std::string uTerminal::history_file() {
     // The console keeps its own history of the lines typed.
     return {};
+}
+
+// The console shows zelno's output only; what a library prints may still
+// land on the line, which the next update draws afresh.
+struct uStatusLine::platform_state {
+    bool shown = false;
+};
+
+uStatusLine::uStatusLine() : state(std::make_unique<platform_state>()) {}
+
+uStatusLine::~uStatusLine() {
+    end();
+}
+
+void uStatusLine::show(const std::string& text) {
+    std::cout << "\r\x1b[J" << text << '\r' << std::flush;
+    state->shown = true;
+}
+
+void uStatusLine::hide() {
+    if (state->shown) {
+        std::cout << "\r\x1b[J" << std::flush;
+        state->shown = false;
+    }
+}
+
+void uStatusLine::end() {
+    hide();
 }
 
 // The console's own line editing serves: arrows, the console's history of

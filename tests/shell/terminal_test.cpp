@@ -147,6 +147,20 @@ INSTANTIATE_TEST_SUITE_P(
                                   "wattscope 0.0 s: 999 samples, mean 0.00 A, 123 J"}),
     [](const auto& test) { return std::string(test.param.name); });
 
+TEST(status_line, fits_the_terminal_width) {
+    const struct {
+        int32_t width;
+        const char* text;
+        const char* shown;
+    } cases[] = {{0, "wattscope 1.0 s", "wattscope 1.0 s"},  // Width not known.
+                 {16, "wattscope 1.0 s", "wattscope 1.0 s"},
+                 {15, "wattscope 1.0 s", "wattscope 1.0 "},  // The last column stays free.
+                 {1, "wattscope 1.0 s", ""}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(fit_width(c.text, c.width), c.shown) << c.width;
+    }
+}
+
 struct history_case {
     const char* name;
     std::string text;

@@ -140,21 +140,55 @@ def ctrl_c(work):
     zelno.end()
 
 
+def rows(screen):
+    """The rows a terminal keeps of these bytes: returns, erasures and column moves applied."""
+    kept = []
+    for line in screen.split("\n"):
+        row, column = [], 0
+        for part in re.finditer(r"\x1b\[(\d*)([A-Za-z])|([^\x1b])", line):
+            char, code = part.group(3), part.group(2)
+            if char == "\r":
+                column = 0
+            elif char is not None and char >= " ":
+                row += [" "] * (column + 1 - len(row))
+                row[column] = char
+                column += 1
+            elif code in ("J", "K"):
+                del row[column:]
+            elif code == "G":
+                column = int(part.group(1) or 1) - 1
+        kept.append("".join(row).rstrip())
+    return kept
+
+
 def status_line(work):
-    shutil.copy(os.path.join(DEMO, "board.dat"), work)
+    for name in ["board.dat", "limits.txt"]:
+        shutil.copy(os.path.join(DEMO, name), work)
     zelno = Session(work)
-    zelno.type("connect --config board.dat hosted\r" "wattscope -o a.csv -D 3000 ws\r")
-    zelno.expect(r"\x1b\[Kwattscope \d+\.\d s / 3 s: [\d,]+ samples, mean [\d.]+ [mun]?A, [\d.]+ [mun]?J\r")
+    zelno.type("connect --config board.dat hosted\r")
+    # The prodtest prints its results while the capture's line is up; nothing
+    # typed meanwhile may land on it. A prodtest has no limit to show.
+    zelno.type("prodtest -i limits.txt ; wattscope -o a.csv -D 3000 ws\r")
+    zelno.expect(r"\x1b\[Jprodtest \d+\.\d s: [\d,]+ samples  \|  wattscope \d+\.\d s / 3 s: "
+                 r"[\d,]+ samples, mean [\d.]+ [mun]?A, [\d.]+ [mun]?J\r")
+    check("(input waits" not in zelno.screen, "no note before a key is typed")
     zelno.type("help quit\r")
-    zelno.expect(r"wattscope \d+\.\d s / 3 s[^\r]* \(input waits until the capture ends\)\r")
-    erased = zelno.expect(r"\r\x1b\[K[^\x1b]*" + HELP_QUIT)
-    check("s / 3 s" not in erased.group(0), "erased before the line that follows")
-    # Ctrl+C while a use case runs is a signal that stops it.
+    zelno.expect(r"wattscope \d+\.\d s / 3 s[^\r]* \(input waits until the use cases end\)\r")
+    zelno.expect(r"\r\x1b\[J[^\x1b]*" + HELP_QUIT)
+    # A terminal that narrows gets lines that fit it from the next update on.
     zelno.type("wattscope -o b.csv ws\r")
     zelno.expect(r"wattscope \d+\.\d s[:\r]")
+    fcntl.ioctl(zelno.master, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 20, 0, 0))
+    zelno.expect(r"\x1b\[Jwattscope [^\r\x1b]{1,9}\r")
+    narrow = zelno.expect(r"\x1b\[J(wattscope [^\r]*)\r")
+    check(len(narrow.group(1)) <= 19, f"fits 20 columns: {narrow.group(1)!r}")
+    # Ctrl+C while a use case runs is a signal that stops it.
     zelno.type(CTRL_C)
     zelno.expect(r"b\.csv: .*stopped")
     zelno.end()
+    check("prodtest: PASS, 7 of 7" in zelno.screen, "prodtest ran")
+    left = [row for row in rows(zelno.screen) if re.search(r"(wattscope|prodtest) \d+\.\d s|\d s / \d+ s|input waits", row)]
+    check(not left, f"status lines left on the screen: {left}")
 
 
 def piped_output(work):
