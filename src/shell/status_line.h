@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "execution/command_queue.h"
-#include "utilities/uterminal.h"
+#include "utilities/ustatus_line.h"
 
 // One running use case as the status line shows it: "wattscope 12.4 s /
 // 60 s: 24,800 samples, mean 2.47 mA, 30.6 mJ", the limit and the figures

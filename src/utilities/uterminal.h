@@ -32,32 +32,6 @@ struct history_text {
 };
 history_text parse_history(std::string_view text, std::size_t limit);
 
-// The one line at a terminal that says what runs. While it is up, what
-// zelno and its libraries write to the terminal is passed on behind its
-// erasure, so that it leaves nothing in the scrollback, and typed keys are
-// not echoed (the line editor shows them when it reads them); where that
-// can't be done, the line is erased before zelno's own output only. Main
-// thread only; `end` before anything else is read or written.
-class uStatusLine {
-  public:
-    uStatusLine();
-    ~uStatusLine();
-    uStatusLine(const uStatusLine&) = delete;
-    uStatusLine& operator=(const uStatusLine&) = delete;
-
-    // Puts up `text`, one line narrower than the terminal, in place of the
-    // one shown; skipped while output has left a line unfinished.
-    void show(const std::string& text);
-    // Takes the line off the screen.
-    void hide();
-    // Takes it off and gives the terminal back as it was.
-    void end();
-
-  private:
-    struct platform_state;
-    std::unique_ptr<platform_state> state;
-};
-
 // The words that may stand for the word being typed, which begins at
 // `word_start` of the text before the cursor; each is whole and ends with
 // what follows it (a space, or a slash after a folder). A word may be the

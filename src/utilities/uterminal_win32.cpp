@@ -69,34 +69,6 @@ std::string uTerminal::history_file() {
     return {};
 }
 
-// The console shows zelno's output only; what a library prints may still
-// land on the line, which the next update draws afresh.
-struct uStatusLine::platform_state {
-    bool shown = false;
-};
-
-uStatusLine::uStatusLine() : state(std::make_unique<platform_state>()) {}
-
-uStatusLine::~uStatusLine() {
-    end();
-}
-
-void uStatusLine::show(const std::string& text) {
-    std::cout << "\r\x1b[J" << text << '\r' << std::flush;
-    state->shown = true;
-}
-
-void uStatusLine::hide() {
-    if (state->shown) {
-        std::cout << "\r\x1b[J" << std::flush;
-        state->shown = false;
-    }
-}
-
-void uStatusLine::end() {
-    hide();
-}
-
 // The console's own line editing serves: arrows, the console's history of
 // this run, no completion.
 struct uLineEditor::platform_state {};
