@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "shell/commands.h"
@@ -60,12 +61,78 @@ word_list command_names() {
     return names;
 }
 
-// Names in the folder part of `typed` that begin with the rest; hidden ones
-// only when asked for with a leading dot.
-void add_files(std::string_view typed, std::vector<std::string>& out) {
+// What the cursor stands in, read as the line splitter will read it: a
+// double quote opens a field only at a field's start, and the cut at ';'
+// honours it only at a command's start.
+struct typed_line {
+    bool command_quoted = false;  // The command began with a quote.
+    word_list earlier;            // Words of the command before the cursor's.
+    std::size_t word_start = 0;   // Of the word under the cursor, at its quote.
+    bool word_quoted = false;
+    std::string_view typed;  // The word's text, without its quote.
+};
+
+typed_line read_typed(std::string_view line) {
+    typed_line found;
+    std::size_t start = 0;
+    for (std::size_t at = 0;;) {
+        if (at < line.size() && line[at] == '"') {
+            const std::size_t close = line.find('"', at + 1);
+            if (close == std::string_view::npos) {
+                start = at + 1;
+                found.command_quoted = true;
+                break;
+            }
+            at = close + 1;
+            continue;
+        }
+        const std::size_t separator = line.find(';', at);
+        if (separator == std::string_view::npos) {
+            start = at;
+            break;
+        }
+        at = separator + 1;
+    }
+    for (std::size_t at = start;;) {
+        if (at < line.size() && line[at] == '"') {
+            const std::size_t close = line.find('"', at + 1);
+            if (close == std::string_view::npos) {
+                found.word_start = at;
+                found.word_quoted = true;
+                found.typed = line.substr(at + 1);
+                return found;
+            }
+            if (close > at + 1) {
+                found.earlier.push_back(line.substr(at + 1, close - at - 1));
+            }
+            at = close + 1;
+            continue;
+        }
+        const std::size_t blank = line.find(' ', at);
+        if (blank == std::string_view::npos) {
+            found.word_start = at;
+            found.typed = line.substr(at);
+            return found;
+        }
+        if (blank > at) {
+            found.earlier.push_back(line.substr(at, blank - at));
+        }
+        at = blank + 1;
+    }
+}
+
+// Files and folders in the folder part of the word that begin with the rest;
+// hidden ones only when asked for with a leading dot. A name with a blank
+// is quoted, and then all are, so that they share what was typed. Names the
+// line splitter can't be given whole are left out: a ';' cuts the line
+// wherever a file name stands, a quoted field can't hold '"', a plain one
+// can't begin with it, and a quote can't stand inside a quoted command.
+void add_files(const typed_line& line, std::vector<std::string>& out) {
+    const std::string_view typed = line.typed;
     const std::size_t slash = typed.rfind('/');
     const std::string folder(slash == std::string_view::npos ? "" : typed.substr(0, slash + 1));
     const std::string_view prefix = typed.substr(folder.size());
+    std::vector<std::pair<std::string, bool>> found;  // Path, is a folder.
     // Advanced with error codes: an exception must not cross the line
     // editor's C frames, and a folder may vanish or deny us midway.
     std::error_code error;
@@ -77,7 +144,25 @@ void add_files(std::string_view typed, std::vector<std::string>& out) {
             continue;
         }
         std::error_code kind_error;
-        out.push_back(folder + name + (entry.is_directory(kind_error) ? '/' : ' '));
+        found.emplace_back(folder + name, entry.is_directory(kind_error));
+    }
+    const auto cuts_line = [&](const std::string& path) {
+        return !line.command_quoted && path.find(';') != std::string::npos;
+    };
+    bool quoted = line.word_quoted;
+    for (const auto& [path, is_folder] : found) {
+        quoted = quoted ||
+                 (!line.command_quoted && path.find(' ') != std::string::npos && !cuts_line(path));
+    }
+    for (const auto& [path, is_folder] : found) {
+        const bool has_quote = path.find('"') != std::string::npos;
+        if (cuts_line(path) || (quoted && (has_quote || line.command_quoted)) ||
+            (!quoted && path.starts_with('"')) ||
+            (line.command_quoted && path.find(' ') != std::string::npos)) {
+            continue;
+        }
+        // A folder's quote stays open, so that its names can follow.
+        out.push_back((quoted ? "\"" : "") + path + (is_folder ? "/" : quoted ? "\" " : " "));
     }
 }
 
@@ -85,33 +170,22 @@ void add_files(std::string_view typed, std::vector<std::string>& out) {
 
 VX_UTL::completion complete_words(const std::string& before_cursor) {
     VX_UTL::completion found;
-    const std::size_t command_start = before_cursor.rfind(';') + 1;  // npos + 1 is 0.
-    const std::size_t space = before_cursor.rfind(' ');
-    found.word_start =
-        space == std::string::npos ? command_start : std::max(space + 1, command_start);
-    const std::string_view typed = std::string_view(before_cursor).substr(found.word_start);
-
-    word_list earlier;
-    std::string_view rest =
-        std::string_view(before_cursor).substr(command_start, found.word_start - command_start);
-    while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find(' '), rest.size());
-        if (end > 0) {
-            earlier.push_back(rest.substr(0, end));
-        }
-        rest.remove_prefix(std::min(end + 1, rest.size()));
+    const typed_line line = read_typed(before_cursor);
+    found.word_start = line.word_start;
+    const word_list& earlier = line.earlier;
+    if (line.word_quoted && (earlier.empty() || earlier.front() == "help")) {
+        return found;  // Command names need no quotes.
     }
-
     if (earlier.empty() || earlier.front() == "help") {
-        add_matching(command_names(), typed, found.words);
+        add_matching(command_names(), line.typed, found.words);
     } else if (const command_words* words = words_of(earlier.front())) {
         const word_list& files = words->file_options;
         if (std::find(files.begin(), files.end(), earlier.back()) != files.end()) {
-            add_files(typed, found.words);
-        } else if (typed.starts_with('-')) {
-            add_matching(words->options, typed, found.words);
-        } else {
-            add_matching(words->values, typed, found.words);
+            add_files(line, found.words);
+        } else if (!line.word_quoted && line.typed.starts_with('-')) {
+            add_matching(words->options, line.typed, found.words);
+        } else if (!line.word_quoted) {
+            add_matching(words->values, line.typed, found.words);
         }
     }
     std::sort(found.words.begin(), found.words.end());

@@ -140,11 +140,15 @@ class stream_source : public line_source {
 
 class editor_source : public line_source {
   public:
-    editor_source() : editor(VX_UTL::uTerminal::history_file(), complete_words) {}
+    editor_source() : editor(VX_UTL::uTerminal::history_file(), complete_words) {
+        report_problem();
+    }
 
     read_result read(char (&line)[line_buffer_size]) override {
         std::string text;
-        if (!editor.read(prompt, text)) {
+        const bool got = editor.read(prompt, text);
+        report_problem();
+        if (!got) {
             return read_result::end;
         }
         for (const char end : {'\n', '\r'}) {
@@ -159,6 +163,13 @@ class editor_source : public line_source {
     }
 
   private:
+    void report_problem() {
+        const std::string problem = editor.take_problem();
+        if (!problem.empty()) {
+            std::cerr << problem << std::endl;
+        }
+    }
+
     VX_UTL::uLineEditor editor;
 };
 

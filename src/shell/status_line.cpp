@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdio>
-#include <iostream>
 #include <iterator>
 
 #include "utilities/uterminal.h"
@@ -10,8 +9,7 @@
 namespace {
 
 constexpr std::string_view separator = "  |  ";
-constexpr std::string_view input_note = " (input waits until the capture ends)";
-constexpr std::string_view erase_line = "\r\x1b[K";
+constexpr std::string_view input_note = " (input waits until the use cases end)";
 
 std::string with_thousands(uint64_t value) {
     std::string digits = std::to_string(value);
@@ -62,6 +60,17 @@ std::string describe_run(std::string_view name, int64_t elapsed_ms, int32_t limi
     return text;
 }
 
+std::string fit_width(std::string text, int32_t width) {
+    // A line as wide as the terminal wraps at once, or leaves the cursor in
+    // the last column, where a carriage return may not bring it back.
+    if (width > 1 && text.size() >= static_cast<std::size_t>(width)) {
+        text.resize(static_cast<std::size_t>(width) - 1);
+    } else if (width == 1) {
+        text.clear();
+    }
+    return text;
+}
+
 void status_line::update(const std::vector<running_use_case>& running) {
     if (running.empty()) {
         quiet();
@@ -87,26 +96,15 @@ void status_line::update(const std::vector<running_use_case>& running) {
     if (input_noticed) {
         text += input_note;
     }
-    // A line that wraps could not be erased with one carriage return.
-    const int32_t width = VX_UTL::uTerminal::width();
-    if (width > 1 && text.size() >= static_cast<std::size_t>(width)) {
-        text.resize(static_cast<std::size_t>(width) - 1);
-    }
-    // The cursor goes back to the start, so that what a library prints
-    // meanwhile starts at the left margin.
-    std::cout << erase_line << text << '\r' << std::flush;
-    shown = true;
+    screen.show(fit_width(text, VX_UTL::uTerminal::width()));
 }
 
 void status_line::quiet() {
-    if (shown) {
-        std::cout << erase_line << std::flush;
-        shown = false;
-    }
+    screen.hide();
 }
 
 void status_line::done() {
-    quiet();
+    screen.end();
     active = false;
     input_noticed = false;
 }

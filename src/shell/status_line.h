@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "execution/command_queue.h"
+#include "utilities/ustatus_line.h"
 
 // One running use case as the status line shows it: "wattscope 12.4 s /
 // 60 s: 24,800 samples, mean 2.47 mA, 30.6 mJ", the limit and the figures
@@ -14,9 +15,12 @@
 std::string describe_run(std::string_view name, int64_t elapsed_ms, int32_t limit_ms,
                          const run_figures& figures);
 
-// The line at the terminal while use cases run. It keeps the cursor at its
-// start, so it is erased before anything of zelno's is printed. Main thread
-// only, as the queue's waits that drive it.
+// `text` cut to leave the last column of a terminal `width` wide free; as it
+// is when the width isn't known (0).
+std::string fit_width(std::string text, int32_t width);
+
+// The line at the terminal while use cases run, cut to the terminal's width
+// at each update. Main thread only, as the queue's waits that drive it.
 class status_line : public wait_observer {
   public:
     void update(const std::vector<running_use_case>& running) override;
@@ -26,6 +30,6 @@ class status_line : public wait_observer {
   private:
     bool active = false;  // A wait is under way; `started` is its start.
     std::chrono::steady_clock::time_point started;
-    bool shown = false;          // Text is on the screen.
+    VX_UTL::uStatusLine screen;
     bool input_noticed = false;  // A line was typed during this wait.
 };

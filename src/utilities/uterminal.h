@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace VX_UTL {
@@ -17,14 +18,24 @@ class uTerminal {
     static int32_t width();
     // Standard input holds something to read now; doesn't wait or read.
     static bool input_waiting();
-    // The file of the line history, its folder created as needed; empty
-    // if there is no place for it.
+    // The file of the line history, or empty if there is no place for it.
+    // Only folders below an existing state or home folder are created.
     static std::string history_file();
 };
 
+// What a history file holds: its last `limit` lines, oldest first, without
+// line feeds or blank lines; `rewrite` when the file should be written anew
+// (grown past twice the limit, or in the escaped form of older zelno).
+struct history_text {
+    std::vector<std::string> lines;
+    bool rewrite = false;
+};
+history_text parse_history(std::string_view text, std::size_t limit);
+
 // The words that may stand for the word being typed, which begins at
 // `word_start` of the text before the cursor; each is whole and ends with
-// what follows it (a space, or a slash after a folder).
+// what follows it (a space, or a slash after a folder). A word may be the
+// typed one quoted, and then replaces it.
 struct completion {
     std::size_t word_start = 0;
     std::vector<std::string> words;
@@ -46,6 +57,9 @@ class uLineEditor {
     // `line` gets the text with its line feed. False at the end: Ctrl+D on
     // an empty line, end of input or a read error.
     bool read(const char* prompt, std::string& line);
+    // What went wrong with the history file since the last call, once:
+    // empty, or a line for the user. The history then lasts for this run.
+    std::string take_problem();
 
   private:
     struct platform_state;

@@ -20,10 +20,12 @@ bool is_console(DWORD which) {
 bool takes_escape_sequences() {
     const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
-    if (GetConsoleMode(output, &mode) == 0) {
+    if (GetConsoleMode(output, &mode) == 0 ||
+        SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) == 0) {
         return false;
     }
-    return SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+    // Some consoles say yes and keep the old mode; the mode read back tells.
+    return GetConsoleMode(output, &mode) != 0 && (mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
 }  // namespace
@@ -74,6 +76,10 @@ struct uLineEditor::platform_state {};
 uLineEditor::uLineEditor(std::string, completer) : state(std::make_unique<platform_state>()) {}
 
 uLineEditor::~uLineEditor() = default;
+
+std::string uLineEditor::take_problem() {
+    return {};
+}
 
 bool uLineEditor::read(const char* prompt, std::string& line) {
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);

@@ -12,10 +12,12 @@ HELP_QUIT = "Exit the interactive tool"
 class Session:
     """One zelno whose standard input (and output, unless piped) is a pty."""
 
-    def __init__(self, work, piped_output=False):
+    def __init__(self, work, piped_output=False, **env_changes):
         self.master, slave = os.openpty()
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 100, 0, 0))
         env = dict(os.environ, XDG_STATE_HOME=os.path.join(work, "state"))
+        env.update(env_changes)
+        env = {name: value for name, value in env.items() if value is not None}
         self.process = subprocess.Popen(
             [ZELNO], cwd=work, env=env, stdin=slave, stderr=slave,
             stdout=subprocess.PIPE if piped_output else slave, start_new_session=True,
@@ -67,24 +69,62 @@ def check(condition, what):
 
 
 def history(work):
+    os.mkdir(os.path.join(work, "state"))
     for keys in ["help quit\r", UP + "\r"]:  # The second run finds the first's line.
         zelno = Session(work)
         zelno.prompt()
         zelno.type(keys)
         zelno.expect(HELP_QUIT)
         zelno.end()
-    check(os.path.isfile(os.path.join(work, "state", "zelno", "history")), "history file")
+    # Two sessions side by side: each adds its own line, neither loses the other's.
+    first, second = Session(work), Session(work)
+    for zelno, command in [(first, "log"), (second, "connect"), (first, "help")]:
+        zelno.prompt()
+        zelno.type(f"help {command}\r")
+        zelno.expect("Enable logging|Connect to|List all supported")
+    first.end()
+    second.end()
+    with open(os.path.join(work, "state", "zelno", "history")) as file:
+        lines = file.read().splitlines()
+    check(lines == ["help quit", "help log", "help connect", "help help"], f"history {lines}")
+    # No home: no history and no folders made for it. A FIFO: no wait for it.
+    for env, told in [(dict(XDG_STATE_HOME=None, HOME=os.path.join(work, "gone", "home")), ""),
+                      (dict(XDG_STATE_HOME=os.path.join(work, "fifo")), "not a regular file")]:
+        if told:
+            os.makedirs(os.path.join(work, "fifo", "zelno"))
+            os.mkfifo(os.path.join(work, "fifo", "zelno", "history"))
+        zelno = Session(work, **env)
+        zelno.prompt()
+        zelno.type("help quit\r")
+        zelno.expect(HELP_QUIT)
+        zelno.end()
+        check(told in zelno.screen and not os.path.exists(os.path.join(work, "gone")), env)
+
+
+def text(work):
+    """What isn't ASCII is typed into the line as it is, and Ctrl+D ends on a new line."""
+    zelno = Session(work, LC_ALL=None, LANG=None, LC_CTYPE="C.UTF-8")
+    zelno.prompt()
+    zelno.type("log --cmd mess_über.txt\r")
+    zelno.prompt()
+    zelno.type(CTRL_D)
+    check(zelno.process.wait(timeout=20) == 0, "exit status")
+    zelno.seen -= len("zelno> ")
+    zelno.expect(r"zelno> (\^D)?\r?\n$")
+    check(os.path.exists(os.path.join(work, "mess_über.txt")), f"file in {os.listdir(work)}")
 
 
 def completion(work):
     open(os.path.join(work, "board_file.dat"), "w").close()
+    open(os.path.join(work, "my board.dat"), "w").close()
     zelno = Session(work)
     zelno.prompt()
     zelno.type("hel" + TAB + "qu" + TAB + "\r")
     zelno.expect(HELP_QUIT)
     # libedit draws only what a completion adds.
     for typed, shown in [("connect --config boa", "rd_file.dat "),
-                         ("wattscope -o a.csv --sav", "eall "), ("", "connect  disconnect")]:
+                         ("wattscope -o a.csv --sav", "eall "),
+                         ("log --cmd my", '"my board.dat" '), ("", "connect  disconnect")]:
         zelno.type(typed + TAB)
         zelno.expect(re.escape(shown))
         zelno.type(CTRL_U)
@@ -100,21 +140,55 @@ def ctrl_c(work):
     zelno.end()
 
 
+def rows(screen):
+    """The rows a terminal keeps of these bytes: returns, erasures and column moves applied."""
+    kept = []
+    for line in screen.split("\n"):
+        row, column = [], 0
+        for part in re.finditer(r"\x1b\[(\d*)([A-Za-z])|([^\x1b])", line):
+            char, code = part.group(3), part.group(2)
+            if char == "\r":
+                column = 0
+            elif char is not None and char >= " ":
+                row += [" "] * (column + 1 - len(row))
+                row[column] = char
+                column += 1
+            elif code in ("J", "K"):
+                del row[column:]
+            elif code == "G":
+                column = int(part.group(1) or 1) - 1
+        kept.append("".join(row).rstrip())
+    return kept
+
+
 def status_line(work):
-    shutil.copy(os.path.join(DEMO, "board.dat"), work)
+    for name in ["board.dat", "limits.txt"]:
+        shutil.copy(os.path.join(DEMO, name), work)
     zelno = Session(work)
-    zelno.type("connect --config board.dat hosted\r" "wattscope -o a.csv -D 3000 ws\r")
-    zelno.expect(r"\x1b\[Kwattscope \d+\.\d s / 3 s: [\d,]+ samples, mean [\d.]+ [mun]?A, [\d.]+ [mun]?J\r")
+    zelno.type("connect --config board.dat hosted\r")
+    # The prodtest prints its results while the capture's line is up; nothing
+    # typed meanwhile may land on it. A prodtest has no limit to show.
+    zelno.type("prodtest -i limits.txt ; wattscope -o a.csv -D 3000 ws\r")
+    zelno.expect(r"\x1b\[Jprodtest \d+\.\d s: [\d,]+ samples  \|  wattscope \d+\.\d s / 3 s: "
+                 r"[\d,]+ samples, mean [\d.]+ [mun]?A, [\d.]+ [mun]?J\r")
+    check("(input waits" not in zelno.screen, "no note before a key is typed")
     zelno.type("help quit\r")
-    zelno.expect(r"wattscope \d+\.\d s / 3 s[^\r]* \(input waits until the capture ends\)\r")
-    erased = zelno.expect(r"\r\x1b\[K[^\x1b]*" + HELP_QUIT)
-    check("s / 3 s" not in erased.group(0), "erased before the line that follows")
-    # Ctrl+C while a use case runs is a signal that stops it.
+    zelno.expect(r"wattscope \d+\.\d s / 3 s[^\r]* \(input waits until the use cases end\)\r")
+    zelno.expect(r"\r\x1b\[J[^\x1b]*" + HELP_QUIT)
+    # A terminal that narrows gets lines that fit it from the next update on.
     zelno.type("wattscope -o b.csv ws\r")
     zelno.expect(r"wattscope \d+\.\d s[:\r]")
+    fcntl.ioctl(zelno.master, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 20, 0, 0))
+    zelno.expect(r"\x1b\[Jwattscope [^\r\x1b]{1,9}\r")
+    narrow = zelno.expect(r"\x1b\[J(wattscope [^\r]*)\r")
+    check(len(narrow.group(1)) <= 19, f"fits 20 columns: {narrow.group(1)!r}")
+    # Ctrl+C while a use case runs is a signal that stops it.
     zelno.type(CTRL_C)
     zelno.expect(r"b\.csv: .*stopped")
     zelno.end()
+    check("prodtest: PASS, 7 of 7" in zelno.screen, "prodtest ran")
+    left = [row for row in rows(zelno.screen) if re.search(r"(wattscope|prodtest) \d+\.\d s|\d s / \d+ s|input waits", row)]
+    check(not left, f"status lines left on the screen: {left}")
 
 
 def piped_output(work):
