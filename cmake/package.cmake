@@ -5,6 +5,7 @@ install(FILES
           ${PROJECT_SOURCE_DIR}/docs/formats.md
           ${PROJECT_SOURCE_DIR}/docs/simulator.md
           ${PROJECT_SOURCE_DIR}/docs/progress-export.md
+          ${PROJECT_SOURCE_DIR}/docs/porting.md
           ${PROJECT_SOURCE_DIR}/docs/capture.png
           ${PROJECT_SOURCE_DIR}/packaging/deb/copyright
         DESTINATION ${CMAKE_INSTALL_DOCDIR})
