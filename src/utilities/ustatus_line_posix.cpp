@@ -10,27 +10,10 @@
 #include <string_view>
 #include <thread>
 
+#include "utilities/udescriptor_posix.h"
 #include "utilities/ustatus_line.h"
 
 namespace VX_UTL {
-
-namespace {
-
-bool write_all(int file, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = write(file, text.data(), text.size());
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written <= 0) {
-            return false;
-        }
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
-}  // namespace
 
 // Standard output and error are carried by a pipe while the line is up; a
 // thread of its own copies them to the terminal, behind the erasure.

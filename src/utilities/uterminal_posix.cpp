@@ -14,6 +14,7 @@
 #include <cstring>
 #include <utility>
 
+#include "utilities/udescriptor_posix.h"
 #include "utilities/uterminal.h"
 
 namespace VX_UTL {
@@ -58,20 +59,6 @@ int open_regular(const std::string& path, int flags) {
         return -1;
     }
     return file;
-}
-
-bool write_all(int file, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = write(file, text.data(), text.size());
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written <= 0) {
-            return false;
-        }
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
 }
 
 std::string read_tail(int file, bool& cut) {
