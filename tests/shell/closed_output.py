@@ -52,6 +52,10 @@ def run(args, stdin, work, close=(), file_limit=None, threads=None, signal_after
             chunk = os.read(process.stdout.fileno(), 4096) if ready else b""
             seen += chunk or b"(no more output)" + signal_after[0]
         process.send_signal(signal_after[1])
+        try:
+            process.wait(timeout=60)  # With input open: only the signal ends zelno.
+        except subprocess.TimeoutExpired:
+            pass
     try:
         out, errors = process.communicate(timeout=60)
     finally:
