@@ -98,7 +98,7 @@ void wattscope_command(argument_list& args, command_queue& queue) {
         queue.note_refused();
         return;
     }
-    auto command = std::make_unique<wattscope>(handle, options.output);
+    auto command = std::make_unique<wattscope>(handle, output->sval[0]);
     queue.add("wattscope", command.release(), options.duration);
 }
 

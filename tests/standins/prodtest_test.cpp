@@ -89,12 +89,14 @@ TEST_F(prodtest_test, the_report_goes_where_it_is_told_and_fails_cleanly) {
     EXPECT_EQ(standin::sim::report_path("d.x/.hidden", ""), "d.x/.hidden.junit.xml");
     EXPECT_EQ(standin::sim::report_path("d.x/limits", ""), "d.x/limits.junit.xml");
     EXPECT_EQ(standin::sim::report_path("d.x\\.hidden", ""), "d.x\\.hidden.junit.xml");
-    const prodtest_options options{
-        dir_.write("limits.txt", "report " + dir_.file("limits.txt") + "\npeak_current 1 1 A\n"),
-        dir_.write("plain.dat", standin_test::plain_board), "sim"};
+    const std::string input =
+        dir_.write("limits.txt", "report " + dir_.file("limits.txt") + "\npeak_current 1 1 A\n");
+    prodtest_options options;
+    options.input = input;
+    options.config = dir_.write("plain.dat", standin_test::plain_board);
+    options.device = "sim";
     EXPECT_EQ(standin::sim::production_test::create(options, error_), nullptr);
-    EXPECT_EQ(error_,
-              options.input + ":1: the report " + options.input + " is the test description");
+    EXPECT_EQ(error_, input + ":1: the report " + input + " is the test description");
     const std::string pipe = standin_test::make_pipe(dir_);  // Its rename would replace it.
     EXPECT_EQ(make("report " + pipe + "\npeak_current 1 1 A\n", standin_test::plain_board, false),
               nullptr);
