@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 
 #include "shell/completion.h"
 #include "shell/status_line.h"
@@ -55,8 +56,11 @@ class file_cases : public testing::TestWithParam<file_case> {};
 // File names are given as the line splitter will read them back.
 TEST_P(file_cases, names_files_the_line_can_hold) {
     const file_case& c = GetParam();
+    // A folder of its own: ctest runs the cases side by side.
     const std::string folder =
-        (std::filesystem::temp_directory_path() / "zelno_completion").generic_string();
+        (std::filesystem::temp_directory_path() /
+         ("zelno_completion_" + std::string(c.name) + "_" + std::to_string(std::random_device()())))
+            .generic_string();
     std::filesystem::remove_all(folder);
     std::filesystem::create_directories(folder);
     const auto in_folder = [&](std::string text) {
