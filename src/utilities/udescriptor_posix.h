@@ -1,6 +1,7 @@
 #pragma once
 
-// Writes to a POSIX descriptor shared by the utilities' platform files.
+// Reads and writes on a POSIX descriptor, shared by the utilities' platform
+// files.
 
 #include <unistd.h>
 
@@ -22,6 +23,16 @@ inline bool write_all(int file, std::string_view text) {
         text.remove_prefix(static_cast<std::size_t>(written));
     }
     return true;
+}
+
+// Up to `room` bytes, retrying after a signal; 0 at the end, -1 on failure.
+inline ssize_t read_some(int file, char* into, std::size_t room) {
+    for (;;) {
+        const ssize_t count = read(file, into, room);
+        if (count >= 0 || errno != EINTR) {
+            return count;
+        }
+    }
 }
 
 }  // namespace VX_UTL

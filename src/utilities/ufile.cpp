@@ -27,7 +27,8 @@ bool is_same_file(const std::string& first, const std::string& second) {
         return std::filesystem::weakly_canonical(std::filesystem::absolute(name, error), error);
     };
     const auto first_place = place(first);
-    return !error && first_place == place(second) && !error;
+    const auto second_place = place(second);
+    return !error && first_place == second_place;
 }
 
 uFile::~uFile() {

@@ -3,7 +3,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <iostream>
 #include <mutex>
@@ -97,10 +96,7 @@ void uStatusLine::platform_state::start() {
 void uStatusLine::platform_state::copy() {
     char buffer[4096];
     for (;;) {
-        const ssize_t count = read(pipe_read, buffer, sizeof buffer);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
+        const ssize_t count = read_some(pipe_read, buffer, sizeof buffer);
         if (count <= 0) {
             return;  // Every writing end is closed: end() gave 1 and 2 back.
         }

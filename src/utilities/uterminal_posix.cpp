@@ -70,10 +70,7 @@ std::string read_tail(int file, bool& cut) {
     std::string text;
     char buffer[65536];
     for (;;) {
-        const ssize_t count = read(file, buffer, sizeof buffer);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
+        const ssize_t count = read_some(file, buffer, sizeof buffer);
         if (count <= 0) {
             break;
         }

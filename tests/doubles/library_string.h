@@ -7,6 +7,7 @@
    x64 library). A wrong layout on zelno's side shows as a fault text. */
 
 #include <stddef.h>
+#include <stdint.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -15,6 +16,10 @@ extern "C" {
 /* Copies the text of the 32-byte object at `object` into `text` (`room`
    bytes, NUL-terminated). Null, or what is wrong with the object. */
 const char* read_library_string(const unsigned char* object, char* text, size_t room);
+
+/* Copies `size` bytes of text at `data`, which a terminator must follow,
+   into `text`: the part both layouts share. Null, or what is wrong. */
+const char* copy_library_text(const char* data, uint64_t size, char* text, size_t room);
 
 /* What the callee of a string passed by value does at its end: the caller
    built the object, the callee destroys it. Null, or what went wrong. */

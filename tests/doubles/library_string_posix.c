@@ -20,15 +20,7 @@ const char* read_library_string(const unsigned char* object, char* text, size_t 
     if (size > capacity) {
         return "length above the capacity";
     }
-    if (data[size] != '\0') {
-        return "no terminator behind the text";
-    }
-    if (size >= room) {
-        return "text longer than the double reads";
-    }
-    memcpy(text, data, size);
-    text[size] = '\0';
-    return NULL;
+    return copy_library_text(data, size, text, room);
 }
 
 /* The Itanium C++ ABI has the caller destroy it. */

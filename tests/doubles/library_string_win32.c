@@ -41,15 +41,7 @@ const char* read_library_string(const unsigned char* object, char* text, size_t 
     if (capacity > 15 && (fault = heap_text(object, capacity, &data)) != NULL) {
         return fault;
     }
-    if (data[size] != '\0') {
-        return "no terminator behind the text";
-    }
-    if (size >= room) {
-        return "text longer than the double reads";
-    }
-    memcpy(text, data, size);
-    text[size] = '\0';
-    return NULL;
+    return copy_library_text(data, size, text, room);
 }
 
 const char* destroy_string_argument(unsigned char* object) {
