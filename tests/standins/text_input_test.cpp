@@ -8,7 +8,7 @@
 #include "common/units.h"
 #include "scratch_dir.h"
 #include "tgcfgsetup/target_file.h"
-#include "wattscope_sim/test_file.h"
+#include "engine/test_file.h"
 
 namespace {
 

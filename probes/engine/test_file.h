@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "wattscope_sim/probe.h"
+#include "sim/probe.h"
 
 namespace standin::sim {
 

@@ -11,8 +11,8 @@
 
 #include "common/board.h"
 #include "usecases/usecase_abi.h"
-#include "wattscope_sim/stop_signal.h"
-#include "wattscope_sim/test_file.h"
+#include "engine/stop_signal.h"
+#include "engine/test_file.h"
 
 namespace standin::sim {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "wattscope_sim/fixed_format.h"
-#include "wattscope_sim/front_end.h"
+#include "engine/fixed_format.h"
+#include "sim/front_end.h"
 
 namespace standin::sim {
 

@@ -11,8 +11,8 @@
 
 #include "common/native_file.h"
 #include "usecases/usecase_abi.h"
-#include "wattscope_sim/capture.h"
-#include "wattscope_sim/production_test.h"
+#include "engine/capture.h"
+#include "engine/production_test.h"
 
 #define STANDIN_EXPORT extern "C" __attribute__((visibility("default")))
 

@@ -1,4 +1,4 @@
-#include "wattscope_sim/production_test.h"
+#include "engine/production_test.h"
 
 #include <cmath>
 #include <cstdio>
@@ -6,11 +6,11 @@
 #include "common/atomic_file.h"
 #include "common/native_file.h"
 #include "common/text_input.h"
-#include "wattscope_sim/capture_settings.h"
-#include "wattscope_sim/front_end.h"
-#include "wattscope_sim/junit_report.h"
-#include "wattscope_sim/pacing.h"
-#include "wattscope_sim/target_model.h"
+#include "engine/capture_settings.h"
+#include "sim/front_end.h"
+#include "engine/junit_report.h"
+#include "engine/pacing.h"
+#include "sim/target_model.h"
 
 namespace standin::sim {
 

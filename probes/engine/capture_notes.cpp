@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "wattscope_sim/capture.h"
+#include "engine/capture.h"
 
 namespace standin::sim {
 

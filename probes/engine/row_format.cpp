@@ -1,4 +1,4 @@
-#include "wattscope_sim/row_format.h"
+#include "engine/row_format.h"
 
 namespace standin::sim {
 

@@ -1,4 +1,4 @@
-#include "wattscope_sim/target_model.h"
+#include "sim/target_model.h"
 
 #include <algorithm>
 

@@ -2,8 +2,8 @@
 #include <cstdio>
 #include <numeric>
 
-#include "wattscope_sim/capture.h"
-#include "wattscope_sim/engineering.h"
+#include "engine/capture.h"
+#include "engine/engineering.h"
 
 namespace standin::sim {
 

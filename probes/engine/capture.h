@@ -16,12 +16,12 @@
 #include <string_view>
 #include <vector>
 
-#include "wattscope_sim/capture_file.h"
-#include "wattscope_sim/capture_settings.h"
-#include "wattscope_sim/front_end.h"
-#include "wattscope_sim/row_format.h"
-#include "wattscope_sim/stop_signal.h"
-#include "wattscope_sim/target_model.h"
+#include "engine/capture_file.h"
+#include "engine/capture_settings.h"
+#include "sim/front_end.h"
+#include "engine/row_format.h"
+#include "engine/stop_signal.h"
+#include "sim/target_model.h"
 
 namespace standin::sim {
 

@@ -1,4 +1,4 @@
-#include "wattscope_sim/test_file.h"
+#include "engine/test_file.h"
 
 #include <charconv>
 #include <cmath>

@@ -10,7 +10,7 @@
 
 #include "common/board.h"
 #include "usecases/usecase_abi.h"
-#include "wattscope_sim/probe.h"
+#include "sim/probe.h"
 
 namespace standin::sim {
 

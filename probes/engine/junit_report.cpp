@@ -1,4 +1,4 @@
-#include "wattscope_sim/junit_report.h"
+#include "engine/junit_report.h"
 
 #include <cstdint>
 #include <cstdio>

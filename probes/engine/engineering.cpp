@@ -1,4 +1,4 @@
-#include "wattscope_sim/engineering.h"
+#include "engine/engineering.h"
 
 #include <cmath>
 #include <cstdio>

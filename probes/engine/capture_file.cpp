@@ -1,4 +1,4 @@
-#include "wattscope_sim/capture_file.h"
+#include "engine/capture_file.h"
 
 #include <cerrno>
 #include <cstring>

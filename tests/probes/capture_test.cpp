@@ -1,4 +1,4 @@
-#include "wattscope_sim/capture.h"
+#include "engine/capture.h"
 
 #include <gtest/gtest.h>
 

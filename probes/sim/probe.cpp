@@ -1,4 +1,4 @@
-#include "wattscope_sim/probe.h"
+#include "sim/probe.h"
 
 namespace standin::sim {
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 
 #include "common/board.h"
-#include "wattscope_sim/probe.h"
+#include "sim/probe.h"
 
 namespace standin::sim {
 

@@ -1,4 +1,4 @@
-#include "wattscope_sim/target_model.h"
+#include "sim/target_model.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 
 #include "common/board_file.h"
 #include "scratch_dir.h"
-#include "wattscope_sim/front_end.h"
+#include "sim/front_end.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <thread>
 
 #include "scratch_dir.h"
-#include "wattscope_sim/junit_report.h"
-#include "wattscope_sim/production_test.h"
+#include "engine/junit_report.h"
+#include "engine/production_test.h"
 
 namespace {
 

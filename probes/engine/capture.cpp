@@ -1,4 +1,4 @@
-#include "wattscope_sim/capture.h"
+#include "engine/capture.h"
 
 #include <algorithm>
 #include <charconv>
@@ -7,7 +7,7 @@
 #include <unordered_map>
 
 #include "common/text_input.h"
-#include "wattscope_sim/pacing.h"
+#include "engine/pacing.h"
 
 namespace standin::sim {
 

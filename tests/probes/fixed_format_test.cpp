@@ -1,10 +1,10 @@
-#include "wattscope_sim/fixed_format.h"
+#include "engine/fixed_format.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "wattscope_sim/row_format.h"
+#include "engine/row_format.h"
 
 namespace {
 

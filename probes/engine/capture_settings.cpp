@@ -1,4 +1,4 @@
-#include "wattscope_sim/capture_settings.h"
+#include "engine/capture_settings.h"
 
 #include "common/board_file.h"
 #include "common/native_file.h"
