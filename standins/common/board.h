@@ -40,7 +40,11 @@ struct board_model {
     int64_t noise_ppm = 0;                    // Noise of a current reading, relative.
     int64_t noise_floor_na = 0;               // Noise of a current reading, absolute.
     std::optional<int64_t> trigger_delay_us;  // Hardware trigger after start, if wired.
-    std::vector<operating_mode> modes;        // In cycle order; the cycle repeats.
+    // Who supplies the target: its own supply with an ampere meter in the
+    // line, or the probe itself at supply_uv.
+    bool powered_by_probe = false;
+    std::optional<uint32_t> trigger_input;  // The probe's logic input D<n> that starts a capture.
+    std::vector<operating_mode> modes;      // In cycle order; the cycle repeats.
     std::vector<code_region> functions;
 
     int64_t cycle_us() const;
@@ -52,5 +56,9 @@ inline constexpr int64_t max_supply_uv = 100'000'000;       // 100 V
 inline constexpr int64_t max_mode_time_us = 3'600'000'000;  // 1 hour
 inline constexpr int64_t max_resistance_mohm = 1'000'000;   // 1 kOhm
 inline constexpr size_t max_modes = 64;
+// What a probe that powers the target can supply, and its logic inputs.
+inline constexpr int64_t min_probe_supply_uv = 800'000;
+inline constexpr int64_t max_probe_supply_uv = 5'000'000;
+inline constexpr uint32_t logic_inputs = 8;
 
 }  // namespace standin

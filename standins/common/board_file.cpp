@@ -96,6 +96,22 @@ class board_reader {
             board_.noise_floor_na = number_setting(words, "<nanoamperes>", 0, max_current_na);
         } else if (key == "trigger_delay_us") {
             board_.trigger_delay_us = number_setting(words, "<microseconds>", 0, max_mode_time_us);
+        } else if (key == "powered_by") {
+            expect_words(words, 2, "powered_by probe|external");
+            once(key);
+            if (words[1] != "probe" && words[1] != "external") {
+                fail("expected 'powered_by probe' or 'powered_by external'");
+            }
+            board_.powered_by_probe = words[1] == "probe";
+            powered_line_ = line_;
+        } else if (key == "trigger_input") {
+            expect_words(words, 2, "trigger_input D<n>");
+            once(key);
+            board_.trigger_input = logic_input(words[1]);
+            if (!board_.trigger_input) {
+                fail("expected 'trigger_input D<n>' with n from 0 to " +
+                     std::to_string(logic_inputs - 1) + ", not '" + std::string(words[1]) + "'");
+            }
         } else if (key == "mode") {
             read_mode(words);
         } else if (key == "function") {
@@ -176,6 +192,13 @@ class board_reader {
         if (board_.modes.empty()) {
             fail("no mode is given");
         }
+        if (board_.powered_by_probe && !probe_can_supply(board_.supply_uv)) {
+            fail_at(file_, powered_line_,
+                    "powered_by probe needs a supply_uv from " +
+                        std::to_string(min_probe_supply_uv) + " to " +
+                        std::to_string(max_probe_supply_uv) + ", which a probe can give, not " +
+                        std::to_string(board_.supply_uv));
+        }
         for (size_t m = 0; m < board_.modes.size(); ++m) {
             for (mode_code& code : board_.modes[m].code) {
                 const auto found = function_at_.find(code.function);
@@ -193,6 +216,7 @@ class board_reader {
     board_model board_;
     std::set<std::string> seen_;
     std::vector<int> mode_lines_;  // Line of each mode, for a late complaint.
+    int powered_line_ = 0;
     // Index of each function by name: a file may hold many thousands.
     std::unordered_map<std::string, size_t> function_at_;
 };
@@ -204,6 +228,18 @@ std::string hex_address(uint64_t value) {
 }
 
 }  // namespace
+
+std::optional<uint32_t> logic_input(std::string_view word) {
+    if (word.size() != 2 || word[0] != 'D' || word[1] < '0' ||
+        word[1] >= static_cast<char>('0' + logic_inputs)) {
+        return std::nullopt;
+    }
+    return static_cast<uint32_t>(word[1] - '0');
+}
+
+bool probe_can_supply(int64_t supply_uv) {
+    return supply_uv >= min_probe_supply_uv && supply_uv <= max_probe_supply_uv;
+}
 
 board_model parse_board(std::string_view content, std::string_view file_name) {
     return board_reader(file_name).read(content);
@@ -226,6 +262,12 @@ std::string render_board(const board_model& board, std::string_view source) {
     out += "noise_floor_na " + std::to_string(board.noise_floor_na) + "\n";
     if (board.trigger_delay_us) {
         out += "trigger_delay_us " + std::to_string(*board.trigger_delay_us) + "\n";
+    }
+    if (board.powered_by_probe) {
+        out += "powered_by probe\n";
+    }
+    if (board.trigger_input) {
+        out += "trigger_input D" + std::to_string(*board.trigger_input) + "\n";
     }
     for (const operating_mode& mode : board.modes) {
         out += "mode " + mode.name + " " + std::to_string(mode.current_na) + " " +

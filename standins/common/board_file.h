@@ -3,12 +3,20 @@
 // The board configuration file (".dat"): the probe simulator reads it, the
 // target converter writes it. docs/formats.md describes it.
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "common/board.h"
 
 namespace standin {
+
+// "D3" as the number of a probe's logic input; empty for anything else.
+std::optional<uint32_t> logic_input(std::string_view word);
+
+// Whether a probe that powers the target can give it this supply.
+bool probe_can_supply(int64_t supply_uv);
 
 // Throws input_error "<file_name>:<line>: <problem>" for a malformed file.
 board_model parse_board(std::string_view content, std::string_view file_name);

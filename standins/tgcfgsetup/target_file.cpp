@@ -5,6 +5,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "common/board_file.h"
 #include "common/text_input.h"
 #include "common/units.h"
 
@@ -145,10 +146,22 @@ class target_reader {
         } else if (key == "trigger_delay") {
             board_.trigger_delay_us =
                 quantity(key, value, dimension::time, -6, 0, max_mode_time_us);
+        } else if (key == "powered_by") {
+            if (value != "probe" && value != "external") {
+                fail("expected 'powered_by = probe' or 'powered_by = external'");
+            }
+            board_.powered_by_probe = value == "probe";
+            powered_line_ = line_;
+        } else if (key == "trigger_input") {
+            board_.trigger_input = logic_input(value);
+            if (!board_.trigger_input) {
+                fail("expected 'trigger_input = D<n>' with n from 0 to " +
+                     std::to_string(logic_inputs - 1) + ", not '" + std::string(value) + "'");
+            }
         } else {
             fail("unknown key '" + key +
-                 "' in [target]; keys are name, supply, source_resistance, noise, noise_floor "
-                 "and trigger_delay");
+                 "' in [target]; keys are name, supply, source_resistance, noise, noise_floor, "
+                 "trigger_delay, powered_by and trigger_input");
         }
     }
 
@@ -252,6 +265,10 @@ class target_reader {
         if (board_.modes.empty()) {
             fail("no [mode <name>] section");
         }
+        if (board_.powered_by_probe && !probe_can_supply(board_.supply_uv)) {
+            fail_at(file_, powered_line_,
+                    "powered_by = probe needs a supply from 0.8 V to 5 V, which a probe can give");
+        }
         for (size_t m = 0; m < board_.modes.size(); ++m) {
             for (const mode_code& code : board_.modes[m].code) {
                 if (defined_.count(code.function) == 0) {
@@ -269,8 +286,9 @@ class target_reader {
     board_model board_;
     std::set<std::string> sections_;
     std::set<std::string> target_keys_;
-    std::set<std::string> mode_keys_;          // Of the mode being read.
-    std::vector<int> mode_lines_;              // Header line of each mode.
+    std::set<std::string> mode_keys_;  // Of the mode being read.
+    std::vector<int> mode_lines_;      // Header line of each mode.
+    int powered_line_ = 0;
     std::unordered_set<std::string> defined_;  // Functions of [code]; there may be many thousands.
 };
 

@@ -12,8 +12,13 @@ using standin::parse_board;
 TEST(board_file, finds_functions_defined_below_and_renders_what_reads_back_the_same) {
     const standin::board_model board = parse_board(standin_test::plain_board, "plain.dat");
     EXPECT_EQ(board.modes.at(1).code.at(1).region, 2u);
-    const std::string text = standin::render_board(board, "plain.tgcfg");
-    EXPECT_EQ(standin::render_board(parse_board(text, "again.dat"), "plain.tgcfg"), text);
+    for (const char* extra : {"", "powered_by probe\ntrigger_input D0\n"}) {
+        const std::string text = standin::render_board(
+            parse_board(standin_test::plain_board + std::string(extra), "p"), "plain.tgcfg");
+        EXPECT_EQ(standin::render_board(parse_board(text, "again.dat"), "plain.tgcfg"), text);
+        EXPECT_EQ(text.find("powered_by probe\ntrigger_input D0\n") != std::string::npos,
+                  *extra != 0);
+    }
 }
 
 TEST(board_file, malformed_files_are_refused_with_file_and_line) {
@@ -32,7 +37,14 @@ TEST(board_file, malformed_files_are_refused_with_file_and_line) {
         {wrapping + " f:7296\n", "5: the shares of mode 'a' add up to 4294977296, not 10000"},
         {head + "mode a 1 1 f:10000\n", "4: function 'f' is not defined"},
         {head + "function f 0 1\nfunction f 2 3\n", "5: function 'f' is given twice"},
-        {head + "function f 0x10 0x10\n", "4: expected a start and a larger end address"}};
+        {head + "function f 0x10 0x10\n", "4: expected a start and a larger end address"},
+        {head + "powered_by usb\n", "4: expected 'powered_by probe' or 'powered_by external'"},
+        {head + "trigger_input 3\n", "4: expected 'trigger_input D<n>' with n from 0 to 7"},
+        {head + "trigger_input D8\n", "4: expected 'trigger_input D<n>' with n from 0 to 7"},
+        {"board 1\ntarget t\npowered_by probe\nsupply_uv 700000\nmode a 1 1\n",
+         "3: powered_by probe needs a supply_uv from 800000 to 5000000"},
+        {head + "powered_by probe\nmode a 1 1\npowered_by external\n",
+         "6: powered_by is given twice"}};
     for (const auto& [content, message] : cases) {
         try {
             parse_board(content, "b.dat");

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "common/board_file.h"
 #include "scratch_dir.h"
 
 namespace {
@@ -18,6 +19,19 @@ TEST(converter, the_demo_target_gives_the_demo_board) {
     const std::string demo = std::string(ZELNO_SOURCE_DIR) + "/demo/";
     ASSERT_EQ(standin::convert_target_file(demo + "target.tgcfg", dir.file("b.dat"), std::cerr), 0);
     EXPECT_EQ(read_file(dir.file("b.dat")), read_file(demo + "board.dat"));
+}
+
+// What only a probe's source uses reaches the board file.
+TEST(converter, carries_how_the_target_is_powered_and_its_trigger_input) {
+    scratch_dir dir;
+    const std::string input =
+        dir.write("t.tgcfg",
+                  "[target]\nname = t\nsupply = 3.3 V\npowered_by = probe\ntrigger_input = D7\n"
+                  "[mode a]\ncurrent = 1 mA\ntime = 1 ms\n");
+    ASSERT_EQ(standin::convert_target_file(input, dir.file("b.dat"), std::cerr), 0);
+    const standin::board_model board = standin::read_board_file(dir.file("b.dat"));
+    EXPECT_TRUE(board.powered_by_probe);
+    EXPECT_EQ(board.trigger_input, 7u);
 }
 
 // Refused with a message naming file and line; an older output stays as it was.
@@ -39,7 +53,12 @@ TEST(converter, malformed_targets_are_refused_and_change_no_file) {
         {"[mode a]\ncode = a 4294967296 %\n", "2: the share of a 4294967296 % is out of range"},
         {"[code]\nf = 0x100 0\n", "2: expected '<function> = <start address> <size in bytes>'"},
         {"[code]\nf = 0x12g 1\n", "2: expected '<function> = <start address>"},
-        {"[code]\nf = 0xffffffffffffffff 1\n", "2: expected '<function> = <start address>"}};
+        {"[code]\nf = 0xffffffffffffffff 1\n", "2: expected '<function> = <start address>"},
+        {"[target]\npowered_by = usb\n", "2: expected 'powered_by = probe' or 'powered_by = ex"},
+        {"[target]\ntrigger_input = D8\n", "2: expected 'trigger_input = D<n>' with n from 0 to 7"},
+        {"[target]\nname = t\npowered_by = probe\nsupply = 5.5 V\n[mode a]\ncurrent = 1 A\n"
+         "time = 1 s\n",
+         "3: powered_by = probe needs a supply from 0.8 V to 5 V"}};
     for (const auto& [content, message] : cases) {
         scratch_dir dir;
         const std::string input = dir.write("t.tgcfg", content);

@@ -6,9 +6,9 @@
 
 #include "common/board_file.h"
 #include "common/units.h"
+#include "engine/test_file.h"
 #include "scratch_dir.h"
 #include "tgcfgsetup/target_file.h"
-#include "engine/test_file.h"
 
 namespace {
 
