@@ -1,4 +1,4 @@
-// The exported functions of the probe simulator library. They keep C++ exceptions inside the
+// The exported functions of zelno's own probe library. They keep C++ exceptions inside the
 // library: zelno calls them from threads that catch nothing.
 //
 // What a use case prints goes out in one write per stream at its end,
@@ -10,9 +10,10 @@
 #include <string>
 
 #include "common/native_file.h"
-#include "usecases/usecase_abi.h"
 #include "engine/capture.h"
 #include "engine/production_test.h"
+#include "sources.h"
+#include "usecases/usecase_abi.h"
 
 #define STANDIN_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -109,7 +110,8 @@ STANDIN_EXPORT int32_t wattscope_create(const wattscope_options* options, void**
         options, handle, "wattscope", [](const wattscope_options& given, std::string& error) {
             std::optional<standin::sim::capture_settings> settings =
                 standin::sim::check_capture_options(given, error);
-            auto made = settings ? capture::create(std::move(*settings), error) : nullptr;
+            auto made =
+                settings ? standin::sim::make_capture(std::move(*settings), error) : nullptr;
             if (made) {
                 standin::write_console(true, made->start_notes());  // Before any use case runs.
             }
@@ -144,7 +146,7 @@ STANDIN_EXPORT int32_t wattscope_progress(void* handle, usecase_progress* progre
 }
 
 STANDIN_EXPORT int32_t prodtest_create(const prodtest_options* options, void** handle) {
-    return create_handle(options, handle, "prodtest", &production_test::create);
+    return create_handle(options, handle, "prodtest", &standin::sim::make_production_test);
 }
 
 STANDIN_EXPORT int32_t prodtest_run(void* handle) {

@@ -7,7 +7,6 @@
 #include <unordered_map>
 
 #include "common/text_input.h"
-#include "engine/pacing.h"
 
 namespace standin::sim {
 
@@ -21,11 +20,12 @@ constexpr auto stop_grace = std::chrono::milliseconds(250);
 
 }  // namespace
 
-capture::capture(capture_settings settings)
+capture::capture(capture_settings settings, std::unique_ptr<sample_source> source)
     : settings_(std::move(settings)),
-      layout_(make_row_layout(settings_.gnuplot, settings_.trace_plus, settings_.rate)),
-      model_(settings_.board, settings_.rate),
-      front_(settings_.board, settings_.range) {
+      source_(std::move(source)),
+      layout_(make_row_layout(settings_.gnuplot, settings_.trace_plus, source_->averages(),
+                              settings_.rate)),
+      block_(chunk_samples) {
     size_t longest_name = 1;
     for (const code_region& region : settings_.board.functions) {
         longest_name = std::max(longest_name, region.name.size());
@@ -36,28 +36,19 @@ capture::capture(capture_settings settings)
     window_samples_ = std::max<uint64_t>(window_samples_, 1);
     checkpoint_step_ =
         settings_.save_all ? UINT64_MAX : std::max<uint64_t>(window_samples_ / 64, 1);
-    for (const operating_mode& mode : settings_.board.modes) {
-        std::vector<uint32_t> shares;
-        std::vector<uint32_t> regions;
-        uint32_t sum = 0;
-        for (const mode_code& code : mode.code) {
-            sum += code.share;
-            shares.push_back(sum);
-            regions.push_back(static_cast<uint32_t>(code.region));
-        }
-        mode_shares_.push_back(std::move(shares));
-        mode_regions_.push_back(std::move(regions));
-    }
     totals_.function_energy_nj.assign(settings_.board.functions.size(), 0.0);
     pending_.function_energy_nj = totals_.function_energy_nj;
-    header_ = capture_header(
-        layout_, {settings_.board.target, base_name(settings_.config), settings_.range.name,
-                  settings_.range.full_scale_na, settings_.range.resolution_na,
-                  settings_.trace_plus ? "ws+" : "ws"});
+    header_ = capture_header(layout_, source_->describe(settings_.trace_plus ? "ws+" : "ws"));
 }
 
-std::unique_ptr<capture> capture::create(capture_settings settings, std::string& error) {
-    std::unique_ptr<capture> made(new capture(std::move(settings)));
+capture::~capture() {
+    finish_source();
+}
+
+std::unique_ptr<capture> capture::create(capture_settings settings,
+                                         std::unique_ptr<sample_source> source,
+                                         std::string& error) {
+    std::unique_ptr<capture> made(new capture(std::move(settings), std::move(source)));
     if (!made->file_.open(made->settings_.output, error)) {
         return nullptr;
     }
@@ -67,6 +58,13 @@ std::unique_ptr<capture> capture::create(capture_settings settings, std::string&
     return made;
 }
 
+void capture::finish_source() {
+    if (!finished_) {
+        finished_ = true;
+        source_->finish();
+    }
+}
+
 int capture::run(std::ostream& out, std::ostream& errors) {
     char* header = file_.space(header_.size());
     std::memcpy(header, header_.data(), header_.size());
@@ -74,6 +72,8 @@ int capture::run(std::ostream& out, std::ostream& errors) {
     checkpoints_.push_back({0, header_.size(), 0});
 
     capture_end end = file_.begin() ? sample_until_the_end() : capture_end::write_error;
+    // The device stops before the file's last cut, which may take a while.
+    finish_source();
     file_.cancel_rewrite();  // The last cut is exact; one under way would keep too much.
     if (end != capture_end::write_error) {
         const bool kept = flush_rows() && (!windowed() || trim_to_window(window_start()));
@@ -85,8 +85,10 @@ int capture::run(std::ostream& out, std::ostream& errors) {
     totals_.rows_kept = totals_.rows - first_row_;
     if (end == capture_end::write_error) {
         errors << "wattscope: " << file_.error() << std::endl;
+    } else if (end == capture_end::source_error) {
+        errors << "wattscope: " << source_->failure() << std::endl;
     }
-    out << capture_summary(settings_, totals_) << std::flush;
+    out << capture_summary(settings_, totals_, source_->clipping()) << std::flush;
     switch (end) {
         case capture_end::duration:
         case capture_end::size_limit:
@@ -94,6 +96,7 @@ int capture::run(std::ostream& out, std::ostream& errors) {
         case capture_end::stopped:
             return 1;
         case capture_end::write_error:
+        case capture_end::source_error:
             break;
     }
     return -1;
@@ -118,52 +121,35 @@ capture_end capture::sample_until_the_end() {
     auto is_the_limit = [&](clock::time_point now) {
         return limited && now >= begun + duration - stop_grace;
     };
-    auto start_closing = [&] {
-        closing = true;
-        stops_before_closing = stop_.count();
-    };
     auto stopped_again = [&] { return closing && stop_.count() > stops_before_closing; };
-    auto wait = [&](clock::time_point when) {
-        stop_.sleep_until(when, closing ? stops_before_closing : 0);
-    };
-    if (settings_.trigger) {
-        const clock::time_point trigger =
-            begun + std::chrono::microseconds(*settings_.board.trigger_delay_us);
-        for (clock::time_point now = begun; now < trigger; now = clock::now()) {
-            if (!closing && stop_.requested()) {
-                if (!is_the_limit(now)) {
-                    return capture_end::stopped;
-                }
-                start_closing();
-            } else if (stopped_again()) {
-                return capture_end::stopped;
-            }
-            wait(trigger);
-        }
-    }
-    const int32_t rate = settings_.rate;
-    const clock::time_point start = clock::now();
-    const clock::time_point deadline = limited ? start + duration : clock::time_point::max();
-    const uint64_t limit =
-        limited ? static_cast<uint64_t>(settings_.duration_ms) * static_cast<uint64_t>(rate) / 1000
-                : UINT64_MAX;
-    const uint64_t backlog = static_cast<uint64_t>(rate) * backlog_limit_ms / 1000;
-    clock::time_point last_flush = start;
+    const uint64_t limit = limited ? static_cast<uint64_t>(settings_.duration_ms) *
+                                         static_cast<uint64_t>(settings_.rate) / 1000
+                                   : UINT64_MAX;
+    source_->start(begun);
+    clock::time_point last_flush = begun;
 
     while (true) {
         // Read before the clock: after a stop, what was due by then still comes.
         const bool stop_seen = (!closing && stop_.requested()) || stopped_again();
         const clock::time_point now = clock::now();
         if (stop_seen && !closing && is_the_limit(now)) {
-            start_closing();
-        }
-        const uint64_t due = std::min(periods_in(now - start, rate), limit);
-        if (due > next_ + backlog) {
-            skip(due - backlog - next_);
+            closing = true;
+            stops_before_closing = stop_.count();
         }
         capture_end end = capture_end::size_limit;
-        if (!produce(due, end)) {
+        if (!produce(0, end)) {  // What didn't fit last time comes before anything newer.
             return end;
+        }
+        // A source with gaps tells one run of periods at a time.
+        for (sample_source::ready_periods got = source_->poll(now);
+             (got.lost != 0 || got.ready != 0) && next_ < limit; got = source_->poll(now)) {
+            skip(std::min(got.lost, limit - next_));
+            if (!produce(std::min(got.ready, limit - next_), end)) {
+                return end;
+            }
+        }
+        if (!source_->failure().empty()) {
+            return flush_rows() ? capture_end::source_error : capture_end::write_error;
         }
         if (next_ == limit) {
             return wait_for_the_stop();
@@ -180,9 +166,9 @@ capture_end capture::sample_until_the_end() {
         if (windowed() && !keep_the_window_in_the_background()) {
             return capture_end::write_error;
         }
-        clock::time_point wake = std::max(now + tick, start + end_of_periods(next_ + 1, rate));
-        wake = std::min({wake, deadline, last_flush + flush_period});
-        wait(wake);
+        const clock::time_point wake =
+            std::min(std::max(now + tick, source_->next_ready_at()), last_flush + flush_period);
+        stop_.sleep_until(wake, closing ? stops_before_closing : 0);
     }
 }
 
@@ -196,131 +182,110 @@ capture_end capture::wait_for_the_stop() {
     return capture_end::duration;
 }
 
-// Inlined: a sample costs tens of nanoseconds, and the call was a good part.
-[[gnu::always_inline]] inline capture::sample capture::take_sample() {
-    if (holding_) {
-        holding_ = false;
-        return held_;
+// Takes `fresh` periods from the source, a block at a time, behind those
+// still in the block.
+bool capture::produce(uint64_t fresh, capture_end& end) {
+    while (true) {
+        if (block_at_ == block_end_) {
+            if (fresh == 0) {
+                return true;
+            }
+            const auto count = static_cast<size_t>(std::min<uint64_t>(fresh, chunk_samples));
+            source_->take(block_.data(), count);
+            block_at_ = 0;
+            block_end_ = count;
+            fresh -= count;
+        }
+        if (!write_block(end)) {
+            return false;
+        }
     }
-    const target_model::interval interval = model_.next();
-    sample s{front_.measure(interval.mean_na), no_function, 0};
-    if (s.value.clipped) {
-        totals_.clipped_peak_na = std::max(totals_.clipped_peak_na, interval.mean_na);
-    }
-    if (settings_.trace_plus) {
-        place_pc(interval.mode, s);
-    }
-    return s;
 }
 
-void capture::place_pc(uint32_t mode, sample& s) {
-    const std::vector<uint32_t>& shares = mode_shares_[mode];
-    if (shares.empty()) {
-        return;
-    }
-    const uint64_t r = front_.noise().next();
-    const auto pick = static_cast<uint32_t>((r & 0xFFFFFFFF) % 10000);
-    size_t i = 0;
-    while (shares[i] <= pick) {
-        ++i;
-    }
-    s.function = mode_regions_[mode][i];
-    const code_region& region = settings_.board.functions[s.function];
-    s.pc = (region.start + (r >> 32) % (region.end - region.start)) & ~uint64_t{1};
-    s.pc = std::max(s.pc, region.start);
-}
-
-bool capture::produce(uint64_t due, capture_end& end) {
+// Writes what is left of the block; at the size limit either trims the file
+// to the window and goes on, or ends the capture.
+bool capture::write_block(capture_end& end) {
     const int64_t rate = settings_.rate;
     const double per_rate = 1.0 / static_cast<double>(rate);
     const std::vector<code_region>& functions = settings_.board.functions;
-    while (next_ < due) {
-        const uint64_t count = std::min(due - next_, chunk_samples);
-        if (!file_.has_room(count * row_room_) && !flush_rows()) {
-            end = capture_end::write_error;
+    const size_t count = block_end_ - block_at_;
+    if (!file_.has_room(count * row_room_) && !flush_rows()) {
+        end = capture_end::write_error;
+        return false;
+    }
+    char* const begin = file_.space(count * row_room_);
+    const uint64_t base = file_.size();
+    const uint64_t room =
+        settings_.max_bytes > static_cast<int64_t>(base) ? settings_.max_bytes - base : 0;
+    char* row = begin;
+    int64_t current_sum = 0;
+    uint64_t clipped = 0;
+    bool full = false;
+    for (; block_at_ < block_end_; ++block_at_) {
+        const period_sample& s = block_[block_at_];
+        // Whole nJ of the energy so far; a multiplication guesses the
+        // quotient, as a division per row costs more than the rest of it.
+        int64_t rest = energy_rest_ + s.power_nw;
+        int64_t whole = static_cast<int64_t>(static_cast<double>(rest) * per_rate);
+        rest -= whole * rate;
+        while (rest < 0) {
+            --whole;
+            rest += rate;
+        }
+        while (rest >= rate) {
+            ++whole;
+            rest -= rate;
+        }
+        char* row_end = put_row(row, layout_, next_, time_, s, energy_nj_ + whole);
+        if (settings_.trace_plus) {
+            row_end =
+                put_trace(row_end, layout_, s.pc,
+                          s.function == no_function ? std::string_view("-")
+                                                    : std::string_view(functions[s.function].name));
+        }
+        *row_end++ = '\n';
+        if (static_cast<uint64_t>(row_end - begin) > room) {
+            full = true;
+            break;
+        }
+        if (next_ - checkpoints_.back().index >= checkpoint_step_) {
+            checkpoints_.push_back({next_, base + static_cast<uint64_t>(row - begin), rows_made_});
+        }
+        energy_nj_ += whole;
+        energy_rest_ = rest;
+        current_sum += s.current_na;
+        clipped += s.clipped ? 1 : 0;
+        pending_.peak_na = std::max(pending_.peak_na, s.current_na);
+        if (s.function != no_function) {
+            pending_.function_energy_nj[s.function] +=
+                static_cast<double>(s.power_nw) / static_cast<double>(rate);
+        }
+        ++pending_.rows;
+        ++rows_made_;
+        ++next_;
+        if (++time_.tick == static_cast<uint64_t>(rate)) {
+            time_.tick = 0;
+            ++time_.second;
+        }
+        row = row_end;
+    }
+    file_.advance(row);
+    pending_.current_sum_na += static_cast<double>(current_sum);
+    pending_.clipped += clipped;
+    if (full) {
+        if (!worth_trimming_for_room()) {
+            end = capture_end::size_limit;
             return false;
         }
-        char* const begin = file_.space(count * row_room_);
-        const uint64_t base = file_.size();
-        const uint64_t room =
-            settings_.max_bytes > static_cast<int64_t>(base) ? settings_.max_bytes - base : 0;
-        char* row = begin;
-        int64_t current_sum = 0;
-        uint64_t clipped = 0;
-        bool full = false;
-        for (uint64_t i = 0; i < count; ++i) {
-            const sample s = take_sample();
-            // Whole nJ of the energy so far; a multiplication guesses the
-            // quotient, as a division per row costs more than the rest of it.
-            int64_t rest = energy_rest_ + s.value.power_nw;
-            int64_t whole = static_cast<int64_t>(static_cast<double>(rest) * per_rate);
-            rest -= whole * rate;
-            while (rest < 0) {
-                --whole;
-                rest += rate;
-            }
-            while (rest >= rate) {
-                ++whole;
-                rest -= rate;
-            }
-            char* row_end = put_row(row, layout_, next_, time_, s.value, energy_nj_ + whole);
-            if (settings_.trace_plus) {
-                row_end = put_trace(row_end, layout_, s.pc,
-                                    s.function == no_function
-                                        ? std::string_view("-")
-                                        : std::string_view(functions[s.function].name));
-            }
-            *row_end++ = '\n';
-            if (static_cast<uint64_t>(row_end - begin) > room) {
-                held_ = s;
-                holding_ = true;
-                full = true;
-                break;
-            }
-            if (next_ - checkpoints_.back().index >= checkpoint_step_) {
-                checkpoints_.push_back(
-                    {next_, base + static_cast<uint64_t>(row - begin), rows_made_});
-            }
-            energy_nj_ += whole;
-            energy_rest_ = rest;
-            current_sum += s.value.current_na;
-            clipped += s.value.clipped ? 1 : 0;
-            pending_.peak_na = std::max(pending_.peak_na, s.value.current_na);
-            if (s.function != no_function) {
-                pending_.function_energy_nj[s.function] +=
-                    static_cast<double>(s.value.power_nw) / static_cast<double>(rate);
-            }
-            ++pending_.rows;
-            ++rows_made_;
-            ++next_;
-            if (++time_.tick == static_cast<uint64_t>(rate)) {
-                time_.tick = 0;
-                ++time_.second;
-            }
-            row = row_end;
-        }
-        file_.advance(row);
-        pending_.current_sum_na += static_cast<double>(current_sum);
-        pending_.clipped += clipped;
-        if (full) {
-            if (!worth_trimming_for_room()) {
-                end = capture_end::size_limit;
-                return false;
-            }
-            if (!trim_to_window(window_start())) {
-                end = capture_end::write_error;
-                return false;
-            }
+        if (!trim_to_window(window_start())) {
+            end = capture_end::write_error;
+            return false;
         }
     }
     return true;
 }
 
 void capture::skip(uint64_t count) {
-    if (holding_) {
-        return;  // The file is full; the next produce() ends the capture.
-    }
-    model_.skip(count);
     next_ += count;
     totals_.dropped += count;
     time_.second = next_ / static_cast<uint64_t>(settings_.rate);
@@ -518,8 +483,9 @@ void capture::count_rows_that_reached_the_file(std::string_view text) {
         uint64_t index = 0;
         std::from_chars(fields[0].data(), fields[0].data() + fields[0].size(), index);
         totals_.periods = index + 1;
-        if (fields.size() == 9) {
-            if (const auto found = function_index.find(fields[8]); found != function_index.end()) {
+        if (layout_.trace_plus && fields.size() == column_count(layout_)) {
+            if (const auto found = function_index.find(fields.back());
+                found != function_index.end()) {
                 totals_.function_energy_nj[found->second] +=
                     static_cast<double>(power) / static_cast<double>(settings_.rate);
             }

@@ -16,37 +16,28 @@ constexpr uint64_t mebibyte = 1024 * 1024;
 // The longest row among the modes' when `samples` rows have been written:
 // the sample index, the time and the energy have their digits of then.
 size_t row_size_estimate(const capture_settings& settings, const row_layout& layout,
-                         uint64_t samples) {
-    board_model quiet = settings.board;
-    quiet.noise_ppm = 0;
-    quiet.noise_floor_na = 0;
-    front_end probe(quiet, settings.range);
+                         const sample_source& source, uint64_t samples) {
+    const sample_source::size_hint hint = source.largest_periods();
     const uint64_t rate = static_cast<uint64_t>(settings.rate);
     const sample_time time{samples / rate, samples % rate};
     int64_t top_power_nw = 0;
-    for (const operating_mode& mode : settings.board.modes) {
-        top_power_nw = std::max(top_power_nw, probe.measure(mode.current_na).power_nw);
+    for (const period_sample& period : hint.periods) {
+        top_power_nw = std::max(top_power_nw, period.power_nw);
     }
     const auto seconds = static_cast<int64_t>(samples / rate + 1);
     const int64_t energy_nj =
         top_power_nw > INT64_MAX / seconds ? INT64_MAX : top_power_nw * seconds;
-    // Noise may give a small reading a minus sign, in current and power.
-    const size_t signs =
-        settings.board.noise_ppm != 0 || settings.board.noise_floor_na != 0 ? 2 : 0;
     size_t longest = 0;
     char row[max_row_size + 64];
-    for (const operating_mode& mode : settings.board.modes) {
-        char* end = put_row(row, layout, samples, time, probe.measure(mode.current_na), energy_nj);
-        size_t size = static_cast<size_t>(end - row) + 1 + signs;  // With its line feed.
+    for (const period_sample& period : hint.periods) {
+        char* end = put_row(row, layout, samples, time, period, energy_nj);
+        size_t size = static_cast<size_t>(end - row) + 1 + hint.slack;  // With its line feed.
         if (settings.trace_plus) {
-            size_t name = 1;  // "-" in a mode without code.
-            uint64_t pc = 0;
-            for (const mode_code& code : mode.code) {
-                const code_region& region = settings.board.functions[code.region];
-                name = std::max(name, region.name.size());
-                pc = std::max(pc, region.end);
-            }
-            size += static_cast<size_t>(put_trace(row, layout, pc, "") - row) + name;
+            const size_t name =
+                period.function == no_function
+                    ? 1  // "-" in a mode without code.
+                    : std::max<size_t>(1, settings.board.functions[period.function].name.size());
+            size += static_cast<size_t>(put_trace(row, layout, period.pc, "") - row) + name;
         }
         longest = std::max(longest, size);
     }
@@ -77,13 +68,13 @@ std::string capture::start_notes() const {
         if (!limited || asked > window_samples_) {
             notes += "wattscope: note: " + settings_.output + " keeps the last " +
                      std::to_string(settings_.window_ms / 1000) + " s of samples (range " +
-                     std::string(settings_.range.name) + "); --saveall keeps them all\n";
+                     settings_.range + "); --saveall keeps them all\n";
         }
     }
     if (samples == 0) {
         return notes;  // Every sample and no end: the cap ends it, as documented.
     }
-    const uint64_t row = row_size_estimate(settings_, layout_, samples);
+    const uint64_t row = row_size_estimate(settings_, layout_, *source_, samples);
     const uint64_t needed = header_.size() + samples * row;
     const auto cap = static_cast<uint64_t>(settings_.max_bytes);
     if (needed > cap) {

@@ -6,25 +6,17 @@
 
 namespace standin::sim {
 
-std::optional<board_model> read_session_board(const std::string& config, std::string_view device,
-                                              std::string& error) {
+std::optional<board_model> read_session_board(const std::string& config, std::string& error) {
     if (config.empty()) {
         error = "no board configuration file; connect with --config <file>";
         return std::nullopt;
     }
-    std::optional<board_model> board;
     try {
-        board = read_board_file(config);
+        return read_board_file(config);
     } catch (const input_error& e) {
         error = e.what();
-        return std::nullopt;
     }
-    if (device != default_device_name && device != probe_name) {
-        error = "unknown device '" + std::string(device) + "'; the probe simulator answers to '" +
-                std::string(default_device_name) + "' and '" + std::string(probe_name) + "'";
-        return std::nullopt;
-    }
-    return board;
+    return std::nullopt;
 }
 
 namespace {
@@ -37,8 +29,9 @@ bool same_file(const std::string& a, const std::string& b) {
 
 }  // namespace
 
-std::optional<capture_settings> check_capture_options(const wattscope_options& options,
-                                                      std::string& error) {
+std::optional<capture_settings> check_capture_settings(const wattscope_options& options,
+                                                       board_model board, const probe_traits& probe,
+                                                       std::string& error) {
     using VX_UTL::text_of;
     const std::string config(text_of(options.config));
     const std::string output(text_of(options.output));
@@ -46,32 +39,37 @@ std::optional<capture_settings> check_capture_options(const wattscope_options& o
     const std::string format(text_of(options.format));
     const std::string range_name(text_of(options.range));
     capture_settings settings;
-    std::optional<board_model> board = read_session_board(config, text_of(options.device), error);
-    if (!board) {
-        return std::nullopt;
-    }
-    settings.board = std::move(*board);
+    settings.board = std::move(board);
     settings.config = config;
+    settings.device = text_of(options.device);
     if (trace_mode != "ws" && trace_mode != "ws+") {
         error = "unknown trace mode '" + trace_mode + "'; use ws or ws+";
         return std::nullopt;
     }
     settings.trace_plus = trace_mode == "ws+";
+    if (settings.trace_plus && !probe.program_counters) {
+        error = "trace mode ws+ needs program counters, which " + std::string(probe.name) +
+                " does not sample; use ws";
+        return std::nullopt;
+    }
     if (format != "csv" && format != "gnuplot") {
         error = "unknown format '" + format + "'; use csv or gnuplot";
         return std::nullopt;
     }
     settings.gnuplot = format == "gnuplot";
-    const probe_range* range = find_range(range_name);
+    const probe_traits::range_window* range = nullptr;
+    for (const probe_traits::range_window& known : probe.ranges) {
+        range = known.range == range_name ? &known : range;
+    }
     if (range == nullptr) {
         error = "unknown range '" + range_name + "'; use lo or hi";
         return std::nullopt;
     }
-    settings.range = *range;
+    settings.range = range_name;
     settings.window_ms = range->window_s * 1000;
-    if (options.sampfreq <= 0 || options.sampfreq > max_sample_rate) {
+    if (options.sampfreq <= 0 || options.sampfreq > probe.max_rate) {
         error = "sample rate " + std::to_string(options.sampfreq) + " is out of range; use 1 to " +
-                std::to_string(max_sample_rate) + " samples per second";
+                std::to_string(probe.max_rate) + " samples per second";
         return std::nullopt;
     }
     settings.rate = options.sampfreq;
@@ -83,9 +81,11 @@ std::optional<capture_settings> check_capture_options(const wattscope_options& o
     settings.max_bytes = int64_t{options.maxoutsize} * 1024 * 1024;
     settings.duration_ms = options.duration > 0 ? options.duration : 0;
     settings.trigger = options.trig != 0;
-    if (settings.trigger && !settings.board.trigger_delay_us) {
-        error = "--trig waits for the hardware trigger, and " + config +
-                " wires none (no trigger_delay_us)";
+    const bool wired = probe.trigger_on_input ? settings.board.trigger_input.has_value()
+                                              : settings.board.trigger_delay_us.has_value();
+    if (settings.trigger && !wired) {
+        error = "--trig waits for the hardware trigger, and " + config + " wires none (no " +
+                (probe.trigger_on_input ? "trigger_input" : "trigger_delay_us") + ")";
         return std::nullopt;
     }
     settings.save_all = options.saveall != 0;

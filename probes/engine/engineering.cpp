@@ -31,4 +31,17 @@ std::string si_text(double value, std::string_view unit) {
     return text + std::string(unit);
 }
 
+std::string current_text(int64_t na) {
+    static constexpr struct {
+        int64_t size;
+        const char* name;
+    } units[] = {{1'000'000'000, "A"}, {1'000'000, "mA"}, {1'000, "uA"}, {1, "nA"}};
+    for (const auto& unit : units) {
+        if (na % unit.size == 0) {
+            return std::to_string(na / unit.size) + " " + unit.name;
+        }
+    }
+    return std::to_string(na) + " nA";
+}
+
 }  // namespace standin::sim

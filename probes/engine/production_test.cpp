@@ -7,16 +7,15 @@
 #include "common/native_file.h"
 #include "common/text_input.h"
 #include "engine/capture_settings.h"
-#include "sim/front_end.h"
+#include "engine/engineering.h"
 #include "engine/junit_report.h"
-#include "engine/pacing.h"
-#include "sim/target_model.h"
 
 namespace standin::sim {
 
 namespace {
 
 constexpr auto tick = std::chrono::milliseconds(10);
+constexpr size_t block_periods = 4096;
 
 std::string in_unit(double value, const test_limit& limit) {
     char text[48];
@@ -85,7 +84,7 @@ uint64_t test_measurement::samples_of(test_parameter parameter) const {
         case test_parameter::sleep_current:
             return sleep_samples;
         case test_parameter::active_current:
-            return samples - sleep_samples;
+            return active_samples;
         default:
             return samples;
     }
@@ -98,13 +97,14 @@ uint64_t test_measurement::clipped_of(test_parameter parameter) const {
         case test_parameter::sleep_current:
             return sleep_clipped;
         case test_parameter::active_current:
-            return clipped - sleep_clipped;
+            return clipped - sleep_clipped;  // An unmarked period makes it no sample.
         default:
             return clipped;
     }
 }
 
 std::unique_ptr<production_test> production_test::create(const prodtest_options& options,
+                                                         const source_maker& make_source,
                                                          std::string& error) {
     const std::string input(VX_UTL::text_of(options.input));
     const std::string config(VX_UTL::text_of(options.config));
@@ -115,9 +115,17 @@ std::unique_ptr<production_test> production_test::create(const prodtest_options&
         error = e.what();
         return nullptr;
     }
-    std::optional<board_model> board =
-        read_session_board(config, VX_UTL::text_of(options.device), error);
+    std::optional<board_model> board = read_session_board(config, error);
     if (!board) {
+        return nullptr;
+    }
+    source_request request;
+    request.board = *board;
+    request.config_name = base_name(config);
+    request.rate = made->description_.rate;
+    request.range = made->description_.range;
+    made->source_ = make_source(VX_UTL::text_of(options.device), request, error);
+    if (!made->source_) {
         return nullptr;
     }
     made->board_ = std::move(*board);
@@ -126,78 +134,97 @@ std::unique_ptr<production_test> production_test::create(const prodtest_options&
     made->report_ = report_path(input, made->description_.report);
     if (const char* clash = report_clash(made->report_, input, config)) {
         const int line = made->description_.report_line;
-        error = (line == 0 ? "" : input + ":" + std::to_string(line) + ": ") +
-                "the report " + made->report_ + " is " + clash;
+        error = (line == 0 ? "" : input + ":" + std::to_string(line) + ": ") + "the report " +
+                made->report_ + " is " + clash;
         return nullptr;
     }
     return made;
 }
 
+production_test::~production_test() {
+    if (source_) {
+        finish_source();
+    }
+}
+
+void production_test::finish_source() {
+    if (!finished_) {
+        finished_ = true;
+        source_->finish();
+    }
+}
+
 bool production_test::measure() {
     const int32_t rate = description_.rate;
     const auto total = static_cast<uint64_t>(std::llround(description_.measure_s * rate));
-    target_model model(board_, rate);
-    front_end probe(board_, description_.range);
-
-    // The firmware marks its lowest-current mode as sleep on a probe input.
-    uint32_t sleep_mode = 0;
-    for (uint32_t m = 0; m < board_.modes.size(); ++m) {
-        if (board_.modes[m].current_na < board_.modes[sleep_mode].current_na) {
-            sleep_mode = m;
-        }
-    }
+    std::vector<period_sample> block(block_periods);
     double voltage_sum = 0;
     double current_sum = 0;
     double power_sum = 0;
     double sleep_sum = 0;
     double active_sum = 0;
     uint64_t sleep_count = 0;
+    uint64_t active_count = 0;
     int64_t peak = INT64_MIN;
-    uint64_t done = 0;
-    const clock::time_point start = clock::now();
+    uint64_t done = 0;   // Periods covered, measured or lost.
+    uint64_t taken = 0;  // Periods measured.
     bool stopped = stop_.requested();
-    while (done < total && !stopped) {
+    if (!stopped) {
+        source_->start(clock::now());
+    }
+    while (done < total && !stopped && source_->failure().empty()) {
         stopped = stop_.requested();
-        const uint64_t due = std::min(periods_in(clock::now() - start, rate), total);
-        for (; done < due; ++done) {
-            const target_model::interval interval = model.next();
-            const reading r = probe.measure(interval.mean_na);
-            const auto current = static_cast<double>(r.current_na);
-            voltage_sum += static_cast<double>(r.voltage_uv);
-            current_sum += current;
-            power_sum += static_cast<double>(r.power_nw);
-            peak = std::max(peak, r.current_na);
-            if (r.clipped) {
-                ++measured_.clipped;
-                measured_.sleep_clipped += interval.mode == sleep_mode ? 1 : 0;
-                measured_.clipped_peak_na = std::max(measured_.clipped_peak_na, interval.mean_na);
-            }
-            if (interval.mode == sleep_mode) {
-                sleep_sum += current;
-                ++sleep_count;
-            } else {
-                active_sum += current;
+        const clock::time_point now = clock::now();
+        for (sample_source::ready_periods got = source_->poll(now);
+             (got.lost != 0 || got.ready != 0) && done < total; got = source_->poll(now)) {
+            done += std::min(got.lost, total - done);
+            for (uint64_t ready = std::min(got.ready, total - done); ready > 0;) {
+                const auto count = static_cast<size_t>(std::min<uint64_t>(ready, block.size()));
+                source_->take(block.data(), count);
+                for (size_t i = 0; i < count; ++i) {
+                    const period_sample& r = block[i];
+                    const auto current = static_cast<double>(r.current_na);
+                    const bool asleep = r.mark == mode_mark::sleep;
+                    voltage_sum += static_cast<double>(r.voltage_uv);
+                    current_sum += current;
+                    power_sum += static_cast<double>(r.power_nw);
+                    peak = std::max(peak, r.current_na);
+                    if (r.clipped) {
+                        ++measured_.clipped;
+                        measured_.sleep_clipped += asleep ? 1 : 0;
+                    }
+                    if (asleep) {
+                        sleep_sum += current;
+                        ++sleep_count;
+                    } else if (r.mark == mode_mark::active) {
+                        active_sum += current;
+                        ++active_count;
+                    }
+                }
+                ready -= count;
+                done += count;
+                taken += count;
             }
         }
-        taken_.store(done, std::memory_order_relaxed);
-        if (done < total && !stopped) {
-            stop_.sleep_until(
-                std::max(clock::now() + tick, start + end_of_periods(done + 1, rate)));
+        taken_.store(taken, std::memory_order_relaxed);
+        if (done < total && !stopped && source_->failure().empty()) {
+            stop_.sleep_until(std::max(clock::now() + tick, source_->next_ready_at()));
         }
     }
-    const double n = done == 0 ? 1.0 : static_cast<double>(done);
-    const uint64_t active_count = done - sleep_count;
-    measured_.samples = done;
+    finish_source();
+    const double n = taken == 0 ? 1.0 : static_cast<double>(taken);
+    measured_.samples = taken;
     measured_.sleep_samples = sleep_count;
+    measured_.active_samples = active_count;
     measured_.seconds = static_cast<double>(done) / rate;
     measured_.supply_voltage = voltage_sum / n * 1e-6;
     measured_.mean_current = current_sum / n * 1e-9;
     measured_.sleep_current = sleep_count == 0 ? 0 : sleep_sum / sleep_count * 1e-9;
     measured_.active_current = active_count == 0 ? 0 : active_sum / active_count * 1e-9;
-    measured_.peak_current = done == 0 ? 0 : static_cast<double>(peak) * 1e-9;
+    measured_.peak_current = taken == 0 ? 0 : static_cast<double>(peak) * 1e-9;
     measured_.mean_power = power_sum / n * 1e-9;
     measured_.cycle_energy = measured_.mean_power * static_cast<double>(board_.cycle_us()) * 1e-6;
-    return done == total;
+    return done == total && source_->failure().empty();
 }
 
 int production_test::run(std::ostream& out, std::ostream& errors) {
@@ -210,6 +237,8 @@ int production_test::run(std::ostream& out, std::ostream& errors) {
     size_t failed = 0;
     size_t unmeasured = 0;
     size_t clipped = 0;
+    size_t unmeasurable = 0;
+    const std::string& failure = source_->failure();
     for (const test_limit& limit : description_.limits) {
         report_case result{limit.name, {}, {}, {}, {}};
         const double allowed =
@@ -222,7 +251,16 @@ int production_test::run(std::ostream& out, std::ostream& errors) {
                              {"lower_limit", precise(limit.expected - allowed, limit)},
                              {"upper_limit", precise(limit.expected + allowed, limit)}};
         if (!complete) {
-            result.error = "stopped before the measurement ended";
+            result.error = failure.empty() ? "stopped before the measurement ended"
+                                           : "the measurement ended early: " + failure;
+            facts.cases.push_back(result);
+            continue;
+        }
+        // A voltage that is a setting, not a reading, would pass by construction.
+        if (limit.parameter == test_parameter::supply_voltage && !source_->measures_voltage()) {
+            ++unmeasurable;
+            result.error = limit.name + " is not measured by " + std::string(source_->name());
+            out << "prodtest: " << result.error << ": ERROR\n";
             facts.cases.push_back(result);
             continue;
         }
@@ -237,16 +275,15 @@ int production_test::run(std::ostream& out, std::ostream& errors) {
             } else {
                 // Clipped readings make any figure of them wrong, a pass as much as a fail.
                 ++clipped;
-                const probe_range* larger =
-                    range_holding(description_.range, measured_.clipped_peak_na);
+                const clip_advice advice = source_->clipping();
                 result.error =
                     limit.name + " clipped in " + std::to_string(cut) + " of " +
                     std::to_string(samples) + " samples beyond " +
-                    current_text(description_.range.full_scale_na) +
-                    (larger == nullptr ? " (no range holds them)"
-                                       : " (range " + std::string(larger->name) +
-                                             " holds them: add the line 'range " +
-                                             std::string(larger->name) + "' to " + input_ + ")");
+                    current_text(advice.full_scale_na) +
+                    (advice.larger_range.empty()
+                         ? " (no range holds them)"
+                         : " (range " + advice.larger_range + " holds them: add the line 'range " +
+                               advice.larger_range + "' to " + input_ + ")");
             }
             out << "prodtest: " << result.error << ": ERROR\n";
             facts.cases.push_back(result);
@@ -273,11 +310,13 @@ int production_test::run(std::ostream& out, std::ostream& errors) {
     char measured[32];
     std::snprintf(measured, sizeof measured, "%.3f", measured_.seconds);
     if (!complete) {
-        out << "prodtest: stopped after " << measured << " s of the test; no verdict";
-    } else if (unmeasured > 0 || clipped > 0) {
+        out << "prodtest: " << (failure.empty() ? "stopped" : failure + ", measurement ended")
+            << " after " << measured << " s of the test; no verdict";
+    } else if (unmeasured > 0 || clipped > 0 || unmeasurable > 0) {
         out << "prodtest: ERROR, ";
         const char* separator = "";
         for (const auto& [number, what] : {std::pair{unmeasured, "without a sample"},
+                                           {unmeasurable, "not measured by the probe"},
                                            {clipped, "clipped"},
                                            {failed, "out of limits"}}) {
             if (number > 0) {
@@ -301,7 +340,7 @@ int production_test::run(std::ostream& out, std::ostream& errors) {
     if (!complete) {
         return -1;
     }
-    return failed == 0 && unmeasured == 0 && clipped == 0 ? 0 : 1;
+    return failed == 0 && unmeasured == 0 && clipped == 0 && unmeasurable == 0 ? 0 : 1;
 }
 
 }  // namespace standin::sim

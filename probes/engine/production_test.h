@@ -1,22 +1,24 @@
 #pragma once
 
-// One prodtest run: measures the simulated target in real time for the time
-// the test description asks, judges each parameter against its limits,
+// One prodtest run: measures the target through its sample source for the
+// time the test description asks, judges each parameter against its limits,
 // prints the results and writes a JUnit report beside the description.
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <string>
 
 #include "common/board.h"
-#include "usecases/usecase_abi.h"
+#include "engine/sample_source.h"
 #include "engine/stop_signal.h"
 #include "engine/test_file.h"
+#include "usecases/usecase_abi.h"
 
 namespace standin::sim {
 
-// Averages of the simulated measurement, in SI units.
+// Averages of the measurement, in SI units.
 struct test_measurement {
     double seconds = 0;
     double supply_voltage = 0;
@@ -27,10 +29,10 @@ struct test_measurement {
     double mean_power = 0;
     double cycle_energy = 0;
     uint64_t samples = 0;
-    uint64_t sleep_samples = 0;  // The rest are active.
-    uint64_t clipped = 0;        // Readings cut to the range's full scale.
+    uint64_t sleep_samples = 0;   // Marked asleep by the firmware.
+    uint64_t active_samples = 0;  // Marked active; a source without marks has neither.
+    uint64_t clipped = 0;         // Readings cut to the range's full scale.
     uint64_t sleep_clipped = 0;
-    int64_t clipped_peak_na = 0;  // The largest true current of a clipped sample.
 
     double value_of(test_parameter parameter) const;
     // The samples a parameter is made of; a parameter of none has no value.
@@ -39,11 +41,20 @@ struct test_measurement {
     uint64_t clipped_of(test_parameter parameter) const;
 };
 
+// Makes the source that the session's device word names; null, with
+// `error`, when it can't.
+using source_maker = std::function<std::unique_ptr<sample_source>(
+    std::string_view device, const source_request& request, std::string& error)>;
+
 class production_test {
   public:
     // Null, with `error`, when the description, the board or the device is wrong.
     static std::unique_ptr<production_test> create(const prodtest_options& options,
+                                                   const source_maker& make_source,
                                                    std::string& error);
+    production_test(const production_test&) = delete;
+    production_test& operator=(const production_test&) = delete;
+    ~production_test();
 
     // On the use case's thread; 0 when all parameters pass, 1 when any
     // fails or has no sample, -1 when stopped or the report can't be written.
@@ -60,8 +71,13 @@ class production_test {
   private:
     production_test() = default;
 
-    bool measure();  // False when stopped.
+    bool measure();  // False when stopped or the source failed.
+    void finish_source();
 
+    // Made on the main thread, used on the run's; the destructor finishes
+    // it when run() never did.
+    std::unique_ptr<sample_source> source_;
+    bool finished_ = false;
     board_model board_;
     std::string input_;
     std::string config_;

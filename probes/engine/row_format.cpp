@@ -1,18 +1,24 @@
 #include "engine/row_format.h"
 
+#include <iterator>
+#include <vector>
+
 namespace standin::sim {
 
 namespace {
 
-constexpr std::string_view columns[] = {"sample",   "time_s",  "current_A", "voltage_V", "power_W",
-                                        "energy_J", "clipped", "pc",        "function"};
+constexpr std::string_view columns[] = {"sample",    "time_s",        "current_A",
+                                        "voltage_V", "power_W",       "energy_J",
+                                        "clipped",   "current_min_A", "current_max_A"};
+constexpr std::string_view trace_columns[] = {"pc", "function"};
 
 }  // namespace
 
-row_layout make_row_layout(bool gnuplot, bool trace_plus, int32_t rate) {
+row_layout make_row_layout(bool gnuplot, bool trace_plus, bool min_max, int32_t rate) {
     row_layout layout;
     layout.separator = gnuplot ? ' ' : ',';
     layout.trace_plus = trace_plus;
+    layout.min_max = min_max;
     layout.rate = rate;
     // The fewest decimals (at least 3) that give every sample its exact
     // start time; for a rate such as 3 per second, two more than the rate has
@@ -32,25 +38,27 @@ row_layout make_row_layout(bool gnuplot, bool trace_plus, int32_t rate) {
     return layout;
 }
 
-std::string capture_header(const row_layout& layout, const header_facts& facts) {
-    const size_t count = layout.trace_plus ? 9 : 7;
+size_t column_count(const row_layout& layout) {
+    return 7 + (layout.min_max ? 2 : 0) + (layout.trace_plus ? 2 : 0);
+}
+
+std::string capture_header(const row_layout& layout, std::string_view description) {
+    std::vector<std::string_view> names(columns, columns + (layout.min_max ? 9 : 7));
+    if (layout.trace_plus) {
+        names.insert(names.end(), std::begin(trace_columns), std::end(trace_columns));
+    }
     std::string text;
     if (layout.separator == ',') {
-        for (size_t i = 0; i < count; ++i) {
+        for (size_t i = 0; i < names.size(); ++i) {
             text += i == 0 ? "" : ",";
-            text += columns[i];
+            text += names[i];
         }
         return text + "\n";
     }
-    text += "# Probe simulator capture of " + std::string(facts.target) + " (" +
-            std::string(facts.config) + ")\n";
-    text += "# " + std::to_string(layout.rate) + " samples/s, range " + std::string(facts.range) +
-            " (full scale " + current_text(facts.full_scale_na) + ", resolution " +
-            current_text(facts.resolution_na) + "), trace mode " + std::string(facts.trace_mode) +
-            "\n";
+    text += description;
     text += "# columns:";
-    for (size_t i = 0; i < count; ++i) {
-        text += " " + std::to_string(i + 1) + ":" + std::string(columns[i]);
+    for (size_t i = 0; i < names.size(); ++i) {
+        text += " " + std::to_string(i + 1) + ":" + std::string(names[i]);
     }
     return text + "\n";
 }

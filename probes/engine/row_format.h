@@ -1,38 +1,34 @@
 #pragma once
 
 // The text of a capture: its header and its rows, in "csv" or "gnuplot" form,
-// with or without the program-counter columns of trace mode "ws+".
+// with or without the minimum and maximum of averaged periods and the
+// program-counter columns of trace mode "ws+".
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "engine/fixed_format.h"
-#include "sim/front_end.h"
+#include "engine/sample_source.h"
 
 namespace standin::sim {
 
 struct row_layout {
     char separator = ',';  // ',' for csv, ' ' for gnuplot.
     bool trace_plus = false;
+    bool min_max = false;  // Averaged periods: their least and most current follow `clipped`.
     int32_t rate = 1;
     int time_decimals = 3;       // Enough to tell samples apart.
     uint64_t time_scale = 1000;  // 10^time_decimals.
     uint64_t time_step = 1;      // time_scale / rate when whole, else 0.
 };
 
-row_layout make_row_layout(bool gnuplot, bool trace_plus, int32_t rate);
+row_layout make_row_layout(bool gnuplot, bool trace_plus, bool min_max, int32_t rate);
 
-struct header_facts {
-    std::string_view target;
-    std::string_view config;
-    std::string_view range;
-    int64_t full_scale_na;
-    int64_t resolution_na;
-    std::string_view trace_mode;
-};
+size_t column_count(const row_layout& layout);
 
-std::string capture_header(const row_layout& layout, const header_facts& facts);
+// The column names; with "gnuplot", after the source's own lines.
+std::string capture_header(const row_layout& layout, std::string_view description);
 
 // Room a row needs besides its function name.
 inline constexpr size_t max_row_size = 256;
@@ -44,7 +40,7 @@ struct sample_time {
 };
 
 inline char* put_row(char* out, const row_layout& layout, uint64_t index, sample_time time,
-                     const reading& r, int64_t energy_nj) {
+                     const period_sample& r, int64_t energy_nj) {
     const char sep = layout.separator;
     out = put_uint(out, index);
     *out++ = sep;
@@ -62,6 +58,12 @@ inline char* put_row(char* out, const row_layout& layout, uint64_t index, sample
     out = put_fixed<9>(out, energy_nj);
     *out++ = sep;
     *out++ = r.clipped ? '1' : '0';
+    if (layout.min_max) {
+        *out++ = sep;
+        out = put_fixed<9>(out, r.min_na);
+        *out++ = sep;
+        out = put_fixed<9>(out, r.max_na);
+    }
     return out;
 }
 

@@ -19,6 +19,8 @@ const char* end_text(capture_end end) {
             return "size limit reached";
         case capture_end::stopped:
             return "stopped";
+        case capture_end::source_error:
+            return "probe error";
         case capture_end::write_error:
             break;
     }
@@ -27,7 +29,8 @@ const char* end_text(capture_end end) {
 
 }  // namespace
 
-std::string capture_summary(const capture_settings& settings, const capture_totals& totals) {
+std::string capture_summary(const capture_settings& settings, const capture_totals& totals,
+                            const clip_advice& clipping) {
     const double rate = settings.rate;
     const double seconds = static_cast<double>(totals.periods) / rate;
     char duration[32];
@@ -47,12 +50,12 @@ std::string capture_summary(const capture_settings& settings, const capture_tota
     line += ", energy " + si_text(totals.energy_nj * 1e-9, "J");
     line += ", " + std::to_string(totals.dropped) + " dropped";
     if (totals.clipped > 0) {
-        const probe_range* larger = range_holding(settings.range, totals.clipped_peak_na);
-        line += ", " + std::to_string(totals.clipped) + " clipped beyond " +
-                current_text(settings.range.full_scale_na) +
-                (larger == nullptr ? " (no range holds them)"
-                                   : " (range " + std::string(larger->name) + " holds them: -r " +
-                                         std::string(larger->name) + ")");
+        line +=
+            ", " + std::to_string(totals.clipped) + " clipped beyond " +
+            current_text(clipping.full_scale_na) +
+            (clipping.larger_range.empty() ? " (no range holds them)"
+                                           : " (range " + clipping.larger_range +
+                                                 " holds them: -r " + clipping.larger_range + ")");
     }
 
     if (settings.trace_plus && !totals.function_energy_nj.empty()) {

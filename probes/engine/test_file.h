@@ -8,8 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include "sim/probe.h"
-
 namespace standin::sim {
 
 enum class test_parameter {
@@ -39,7 +37,7 @@ struct test_description {
     double measure_s = 1.0;
     std::string measure_text = "1 s";  // As written, for messages.
     int32_t rate = 10'000;
-    probe_range range = low_range;
+    std::string range = "lo";
     std::string report;  // The JUnit report's path as written; empty: beside the file.
     int report_line = 0;
     std::vector<test_limit> limits;

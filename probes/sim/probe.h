@@ -32,9 +32,6 @@ inline constexpr probe_range high_range{"hi", 1'000'000'000, 100, 60};
 
 const probe_range* find_range(std::string_view name);
 
-// "50 mA": whole nanoamperes in the largest unit that keeps them whole.
-std::string current_text(int64_t na);
-
 // The next larger range whose full scale holds `peak_na`, or null.
 const probe_range* range_holding(const probe_range& used, int64_t peak_na);
 

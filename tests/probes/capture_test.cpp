@@ -1,5 +1,3 @@
-#include "engine/capture.h"
-
 #include <gtest/gtest.h>
 
 #include <regex>
@@ -8,6 +6,7 @@
 
 #include "common/atomic_file.h"
 #include "scratch_dir.h"
+#include "sources.h"
 
 namespace {
 
@@ -30,7 +29,7 @@ class capture_test : public testing::Test {
         }
         settings->window_ms = window_ms > 0 ? window_ms : settings->window_ms;
         settings->max_bytes = max_bytes > 0 ? max_bytes : settings->max_bytes;
-        return capture::create(std::move(*settings), error_);
+        return standin::sim::make_capture(std::move(*settings), error_);
     }
 
     // As zelno runs it: on a thread of its own, stopped at the duration.

@@ -38,7 +38,7 @@ TEST(row_format, time_decimals_follow_the_rate) {
                                              {7, 3},       {300, 5},     {1000000, 6}, {2000000, 7},
                                              {3000000, 9}, {10000000, 7}};
     for (const auto& [rate, decimals] : cases) {
-        EXPECT_EQ(make_row_layout(false, false, rate).time_decimals, decimals) << rate;
+        EXPECT_EQ(make_row_layout(false, false, false, rate).time_decimals, decimals) << rate;
     }
 }
 

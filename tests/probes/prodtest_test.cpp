@@ -7,9 +7,9 @@
 #include <sstream>
 #include <thread>
 
-#include "scratch_dir.h"
 #include "engine/junit_report.h"
-#include "engine/production_test.h"
+#include "scratch_dir.h"
+#include "sources.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ class prodtest_test : public testing::Test {
         bool valid = true) {
         const prodtest_options options{dir_.write("limits.txt", limits),
                                        dir_.write("plain.dat", board), "sim"};
-        auto made = standin::sim::production_test::create(options, error_);
+        auto made = standin::sim::make_production_test(options, error_);
         EXPECT_EQ(made != nullptr, valid) << error_;
         return made;
     }
@@ -95,7 +95,7 @@ TEST_F(prodtest_test, the_report_goes_where_it_is_told_and_fails_cleanly) {
     options.input = input;
     options.config = dir_.write("plain.dat", standin_test::plain_board);
     options.device = "sim";
-    EXPECT_EQ(standin::sim::production_test::create(options, error_), nullptr);
+    EXPECT_EQ(standin::sim::make_production_test(options, error_), nullptr);
     EXPECT_EQ(error_, input + ":1: the report " + input + " is the test description");
     const std::string pipe = standin_test::make_pipe(dir_);  // Its rename would replace it.
     EXPECT_EQ(make("report " + pipe + "\npeak_current 1 1 A\n", standin_test::plain_board, false),

@@ -1,0 +1,274 @@
+// The engine on a scripted source: what an instrument may do that the
+// simulator never does (gaps, averaged periods, a trigger found in the
+// data, failing while it runs) and the finish that every end owes it.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <sstream>
+
+#include "common/atomic_file.h"
+#include "common/board_file.h"
+#include "engine/capture.h"
+#include "engine/production_test.h"
+#include "scratch_dir.h"
+
+namespace {
+
+using standin::sim::clock;
+using standin::sim::period_sample;
+using standin::sim::sample_source;
+
+// Hands over what its script says, one step per poll; an empty step ends a
+// round of polls. Period n reads (n + 1) uA at 2 V.
+class scripted_source final : public sample_source {
+  public:
+    struct step {
+        uint64_t lost;
+        uint64_t ready;
+    };
+    scripted_source(std::vector<step> script, bool averages, std::string failure, int& finishes,
+                    std::function<void()> on_start = {})
+        : script_(std::move(script)),
+          averages_(averages),
+          failure_after_(std::move(failure)),
+          finishes_(finishes),
+          on_start_(std::move(on_start)) {}
+
+    std::string_view name() const override { return "the scripted probe"; }
+    std::string describe(std::string_view mode) const override {
+        return "# Scripted capture, trace mode " + std::string(mode) + "\n";
+    }
+    bool averages() const override { return averages_; }
+    bool measures_voltage() const override { return false; }
+    size_hint largest_periods() const override { return {}; }
+    void start(clock::time_point) override {
+        if (on_start_) {
+            on_start_();
+        }
+    }
+    ready_periods poll(clock::time_point) override {
+        if (at_ == script_.size()) {
+            failure_ = failure_after_;
+            return {};
+        }
+        const step s = script_[at_++];
+        next_ += s.lost;
+        return {s.lost, s.ready};
+    }
+    void take(period_sample* into, size_t count) override {
+        for (size_t i = 0; i < count; ++i, ++next_) {
+            const auto na = static_cast<int64_t>(next_ + 1) * 1000;
+            into[i] = period_sample{};
+            into[i].current_na = na, into[i].voltage_uv = 2'000'000, into[i].power_nw = 2 * na;
+            into[i].min_na = na - 500, into[i].max_na = na + 500;
+        }
+    }
+    clock::time_point next_ready_at() const override { return clock::now(); }
+    const std::string& failure() const override { return failure_; }
+    standin::sim::clip_advice clipping() const override { return {}; }
+    void finish() override { ++finishes_; }
+
+  private:
+    std::vector<step> script_;
+    size_t at_ = 0;
+    uint64_t next_ = 0;
+    bool averages_;
+    std::string failure_after_;
+    std::string failure_;
+    int& finishes_;
+    std::function<void()> on_start_;
+};
+
+constexpr standin::sim::probe_traits scripted_traits{
+    "the scripted probe", 100'000, {{"lo", 2000}, {"hi", 2000}}, false, true};
+
+class sample_source_test : public testing::Test {
+  protected:
+    sample_source_test() {
+        options_.sampfreq = 1000, options_.maxoutsize = 1024, options_.duration = 100;
+        options_.output = output_, options_.config = board_, options_.device = "scripted";
+        options_.format = "csv", options_.trace_mode = "ws", options_.range = "lo";
+    }
+
+    // With a duration, zelno's stop at the limit comes as the run starts:
+    // within the last moments of a short duration, it ends nothing early.
+    std::unique_ptr<standin::sim::capture> make(std::vector<scripted_source::step> script,
+                                                bool averages = false, std::string failure = "",
+                                                int64_t max_bytes = 0) {
+        auto settings = standin::sim::check_capture_settings(
+            options_, standin::parse_board(standin_test::plain_board, "plain.dat"), scripted_traits,
+            error_);
+        EXPECT_TRUE(settings) << error_;
+        settings->max_bytes = max_bytes > 0 ? max_bytes : settings->max_bytes;
+        std::function<void()> stop_at_start;
+        if (options_.duration > 0) {
+            stop_at_start = [this] { made_->stop(); };
+        }
+        made_ = standin::sim::capture::create(std::move(*settings),
+                                              std::make_unique<scripted_source>(
+                                                  std::move(script), averages, std::move(failure),
+                                                  finishes_, std::move(stop_at_start)),
+                                              error_)
+                    .release();
+        return std::unique_ptr<standin::sim::capture>(made_);
+    }
+
+    standin_test::scratch_dir dir_;
+    std::string board_ = dir_.write("plain.dat", standin_test::plain_board);
+    std::string output_ = dir_.file("out.csv");
+    wattscope_options options_{};
+    std::string error_;
+    std::ostringstream out_;
+    std::ostringstream errors_;
+    int finishes_ = 0;
+    standin::sim::capture* made_ = nullptr;  // The latest, for its source's start.
+};
+
+// A stop within the last moments of the duration is zelno's: the capture
+// then ends at its duration in periods, however the source paces them.
+TEST_F(sample_source_test, gaps_averages_a_late_trigger_and_a_failure_end_as_they_should) {
+    struct row {
+        const char* what;
+        int32_t duration;  // ms at 1000 periods/s.
+        std::vector<scripted_source::step> script;
+        bool averages;
+        const char* failure;
+        int result;
+        const char* file;    // Without the header.
+        const char* errors;  // After "wattscope: ".
+        const char* summary;
+    };
+    const row rows[] = {
+        {"a gap is left out and counted",
+         4,
+         {{0, 2}, {1, 1}},
+         false,
+         "",
+         0,
+         "0,0.000,0.000001000,2.000000,0.000002000,0.000000002,0\n"
+         "1,0.001,0.000002000,2.000000,0.000004000,0.000000006,0\n"
+         "3,0.003,0.000004000,2.000000,0.000008000,0.000000014,0\n",
+         "",
+         "3 samples in 0.004 s (duration reached), mean 2.333 uA, peak 4.000 uA, charge 7.000 nC, "
+         "energy 14.00 nJ, 1 dropped"},
+        {"averaged periods carry their least and most",
+         1,
+         {{0, 1}},
+         true,
+         "",
+         0,
+         "0,0.000,0.000001000,2.000000,0.000002000,0.000000002,0,0.000000500,0.000001500\n",
+         "",
+         "1 samples in 0.001 s (duration reached)"},
+        {"the duration counts from the first period after the trigger",
+         100,
+         {{0, 0}, {0, 0}, {0, 60}, {10, 60}, {0, 0}},
+         false,
+         "",
+         0,
+         nullptr,
+         "",
+         "90 samples in 0.100 s (duration reached), mean 48.83 uA, peak 100.0 uA"},
+        {"a failing source ends the capture and keeps its rows",
+         0,
+         {{0, 1}, {0, 0}},
+         false,
+         "the PPK2 is gone",
+         -1,
+         "0,0.000,0.000001000,2.000000,0.000002000,0.000000002,0\n",
+         "the PPK2 is gone\n",
+         "1 samples in 0.001 s (probe error)"},
+    };
+    for (const row& r : rows) {
+        SCOPED_TRACE(r.what);
+        finishes_ = 0, out_.str(""), errors_.str("");
+        options_.duration = r.duration;
+        auto c = make(r.script, r.averages, r.failure);
+        ASSERT_NE(c, nullptr) << error_;
+        EXPECT_EQ(c->run(out_, errors_), r.result);
+        c.reset();
+        const std::string text = standin_test::read_file(output_);
+        const std::string header = r.averages ? "sample,time_s,current_A,voltage_V,power_W,"
+                                                "energy_J,clipped,current_min_A,current_max_A\n"
+                                              : "sample,time_s,current_A,voltage_V,power_W,"
+                                                "energy_J,clipped\n";
+        EXPECT_EQ(text.substr(0, header.size()), header);
+        if (r.file != nullptr) {
+            EXPECT_EQ(text.substr(header.size()), r.file);
+        } else {
+            EXPECT_NE(text.find("\n59,0.059,"), std::string::npos);
+            EXPECT_EQ(text.find("\n60,"), std::string::npos);
+            EXPECT_NE(text.find("\n99,0.099,"), std::string::npos);
+        }
+        EXPECT_EQ(errors_.str(), r.errors[0] == 0 ? "" : "wattscope: " + std::string(r.errors));
+        EXPECT_EQ(out_.str().rfind("wattscope: " + output_ + ": " + r.summary, 0), 0u)
+            << out_.str();
+        EXPECT_EQ(finishes_, 1);
+    }
+}
+
+// The device stops and the target goes off whatever ends the capture.
+TEST_F(sample_source_test, the_source_is_finished_once_at_every_end) {
+    {
+        auto never_run = make({});
+        ASSERT_NE(never_run, nullptr);
+    }
+    EXPECT_EQ(finishes_, 1) << "destroyed without a run";
+
+    finishes_ = 0;
+    auto stopped = make({{0, 5}});
+    stopped->stop();
+    EXPECT_EQ(stopped->run(out_, errors_), 1);
+    stopped.reset();
+    EXPECT_EQ(finishes_, 1) << "stopped before it began";
+
+    finishes_ = 0;
+    options_.duration = 0, options_.saveall = 1;
+    auto full = make({{0, 4000}}, false, "", 1000);
+    EXPECT_EQ(full->run(out_, errors_), 0);
+    full.reset();
+    EXPECT_EQ(finishes_, 1) << "at the size limit";
+
+    finishes_ = 0;
+    auto failing = make({{0, 4000}, {0, 4000}});
+    const bool limited = standin_test::with_file_size_limit(
+        1000, [&] { EXPECT_EQ(failing->run(out_, errors_), -1); });
+    failing.reset();
+    if (limited) {
+        EXPECT_EQ(finishes_, 1) << "after a write error";
+    }
+}
+
+// A probe that can't measure the voltage must not let its setting pass for
+// a reading; without the firmware's marks sleep and active have no sample.
+TEST(production_test_on_a_source, an_unmeasured_voltage_and_unmarked_modes_are_errors) {
+    standin_test::scratch_dir dir;
+    const prodtest_options options{
+        dir.write("limits.txt",
+                  "measure 10 ms\nrate 1000\nsupply_voltage 2 1% V\nsleep_current 0.1 1% mA\n"
+                  "mean_current 5.5 1% uA\n"),
+        dir.write("plain.dat", standin_test::plain_board), "scripted"};
+    int finishes = 0;
+    std::string error;
+    auto test = standin::sim::production_test::create(
+        options,
+        [&](std::string_view, const standin::sim::source_request& request, std::string&) {
+            EXPECT_EQ(request.rate, 1000);
+            return std::make_unique<scripted_source>(std::vector<scripted_source::step>{{0, 10}},
+                                                     true, "", finishes);
+        },
+        error);
+    ASSERT_NE(test, nullptr) << error;
+    std::ostringstream out;
+    std::ostringstream errors;
+    EXPECT_EQ(test->run(out, errors), 1);
+    EXPECT_EQ(out.str().substr(0, out.str().find(" (report")),
+              "prodtest: supply_voltage is not measured by the scripted probe: ERROR\n"
+              "prodtest: no sample of sleep_current in the 10 ms measured: ERROR\n"
+              "prodtest: mean_current 5.500 uA, expected 5.5 uA +/- 1%: PASS\n"
+              "prodtest: ERROR, 1 of 3 parameters without a sample, 1 not measured by the probe");
+    EXPECT_EQ(finishes, 1);
+}
+
+}  // namespace
