@@ -15,23 +15,40 @@ constexpr probe_traits simulator_traits{
     true,
     false};
 
+// A PPK2 streams 100000 samples/s and switches its range itself: "lo" and
+// "hi" both mean auto-ranging and keep the same window.
+constexpr probe_traits ppk2_traits{"a PPK2", 100'000, {{"lo", 2000}, {"hi", 2000}}, false, true};
+
+constexpr std::string_view ppk2_word = "ppk2";
+
 }  // namespace
 
 std::optional<probe_choice> parse_probe_choice(std::string_view device, std::string& error) {
     if (device == default_device_name || device == probe_name) {
         return probe_choice{};
     }
+    if (device == ppk2_word) {
+        return probe_choice{probe_choice::kind::ppk2, {}};
+    }
+    if (device.size() > ppk2_word.size() + 1 && device.substr(0, ppk2_word.size()) == ppk2_word &&
+        device[ppk2_word.size()] == ':') {
+        return probe_choice{probe_choice::kind::ppk2,
+                            std::string(device.substr(ppk2_word.size() + 1))};
+    }
     error = "unknown device '" + std::string(device) + "'; the probe simulator answers to '" +
             std::string(default_device_name) + "' and '" + std::string(probe_name) + "'";
     return std::nullopt;
 }
 
-const probe_traits& traits_of(const probe_choice& /*choice*/) {
-    return simulator_traits;
+const probe_traits& traits_of(const probe_choice& choice) {
+    return choice.probe == probe_choice::kind::ppk2 ? ppk2_traits : simulator_traits;
 }
 
-std::unique_ptr<sample_source> make_source(const probe_choice& /*choice*/,
-                                           const source_request& request, std::string& /*error*/) {
+std::unique_ptr<sample_source> make_source(const probe_choice& choice,
+                                           const source_request& request, std::string& error) {
+    if (choice.probe == probe_choice::kind::ppk2) {
+        return make_ppk2_source(choice.port, request, error);
+    }
     return std::make_unique<sim_source>(request);
 }
 

@@ -18,10 +18,12 @@
 namespace standin::sim {
 
 struct probe_choice {
-    enum class kind { simulator } probe = kind::simulator;
+    enum class kind { simulator, ppk2 } probe = kind::simulator;
+    std::string port;  // For a PPK2: empty for the one attached, else a path or "COM5".
 };
 
-// "unused" and "sim"; empty, with `error`, for anything else.
+// "unused" and "sim", "ppk2" and "ppk2:<port>"; empty, with `error`, for
+// anything else.
 std::optional<probe_choice> parse_probe_choice(std::string_view device, std::string& error);
 
 const probe_traits& traits_of(const probe_choice& choice);

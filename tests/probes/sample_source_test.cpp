@@ -12,6 +12,7 @@
 #include "engine/capture.h"
 #include "engine/production_test.h"
 #include "scratch_dir.h"
+#include "sources.h"
 
 namespace {
 
@@ -269,6 +270,54 @@ TEST(production_test_on_a_source, an_unmeasured_voltage_and_unmarked_modes_are_e
               "prodtest: mean_current 5.500 uA, expected 5.5 uA +/- 1%: PASS\n"
               "prodtest: ERROR, 1 of 3 parameters without a sample, 1 not measured by the probe");
     EXPECT_EQ(finishes, 1);
+}
+
+// The device word picks the source, and the source's kind what options it
+// takes; every refusal is one line from create.
+TEST(probe_choice, the_device_word_picks_the_source_and_its_limits) {
+    struct row {
+        const char* device;
+        int32_t rate;
+        const char* mode;
+        int trig;
+        const char* board_line;
+        const char* error;  // Empty: a capture is made.
+    };
+    const row rows[] = {
+        {"sim", 10'000'000, "ws+", 1, "", ""},
+        {"ppk2", 2000, "ws", 0, "", "cannot use a PPK2: PPK2 support is being built"},
+        {"ppk2:/dev/ttyACM0", 100'000, "ws", 0, "",
+         "cannot use a PPK2 at /dev/ttyACM0: PPK2 support is being built"},
+        {"ppk2:COM5", 1, "ws", 1, "trigger_input D7\n",
+         "cannot use a PPK2 at COM5: PPK2 support is being built"},
+        {"ppk2", 100'001, "ws", 0, "",
+         "sample rate 100001 is out of range; use 1 to 100000 samples per second"},
+        {"ppk2", 2000, "ws+", 0, "",
+         "trace mode ws+ needs program counters, which a PPK2 does not sample; use ws"},
+        {"ppk2", 2000, "ws", 1, "", "wires none (no trigger_input)"},
+        {"ppk2:", 2000, "ws", 0, "", "unknown device 'ppk2:'; the probe simulator answers to"},
+        {"PPK2", 2000, "ws", 0, "", "unknown device 'PPK2'"},
+    };
+    standin_test::scratch_dir dir;
+    for (const row& r : rows) {
+        SCOPED_TRACE(r.device);
+        wattscope_options o{};
+        o.sampfreq = r.rate, o.maxoutsize = 1024, o.output = dir.file("capture.csv");
+        o.format = "csv", o.trace_mode = r.mode, o.device = r.device, o.range = "hi";
+        o.trig = static_cast<uint8_t>(r.trig);
+        o.config = dir.write("b.dat", standin_test::plain_board + std::string(r.board_line));
+        std::string error;
+        auto settings = standin::sim::check_capture_options(o, error);
+        auto made = settings ? standin::sim::make_capture(std::move(*settings), error) : nullptr;
+        EXPECT_EQ(made != nullptr, r.error[0] == 0);
+        EXPECT_NE(error.find(r.error), std::string::npos) << error;
+    }
+    // A test's rate is the PPK2's too.
+    const prodtest_options options{dir.write("limits.txt", "rate 200000\nmean_current 1 1 A\n"),
+                                   dir.write("b.dat", standin_test::plain_board), "ppk2"};
+    std::string error;
+    EXPECT_EQ(standin::sim::make_production_test(options, error), nullptr);
+    EXPECT_EQ(error, "rate 200000 is out of range for a PPK2; use 1 to 100000 samples per second");
 }
 
 }  // namespace
