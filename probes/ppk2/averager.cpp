@@ -50,9 +50,12 @@ void averager::take(const device_sample& s, uint64_t index, std::vector<period>&
     max_ = count_ == 0 ? s.current : std::max(max_, s.current);
     ++count_;
     clipped_ = clipped_ || s.clipped;
-    for (int b = 0; b < 8; ++b) {
-        high_[b] += (s.logic >> b) & 1u;
+    // Inputs change seldom: count by runs, not by sample.
+    if (s.logic != run_logic_) {
+        end_run();
+        run_logic_ = s.logic;
     }
+    ++run_length_;
     next_index_ = index + 1;
     if (next_index_ == period_end_) {
         close(out);
@@ -61,7 +64,15 @@ void averager::take(const device_sample& s, uint64_t index, std::vector<period>&
     }
 }
 
+void averager::end_run() {
+    for (int b = 0; b < 8; ++b) {
+        high_[b] += (run_logic_ >> b) & 1u ? run_length_ : 0;
+    }
+    run_length_ = 0;
+}
+
 void averager::close(std::vector<period>& out) {
+    end_run();
     uint8_t logic = 0;
     for (int b = 0; b < 8; ++b) {
         logic |= static_cast<uint8_t>((2 * high_[b] >= count_ ? 1u : 0u) << b);

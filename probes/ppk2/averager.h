@@ -48,6 +48,7 @@ class averager {
     uint64_t start_of(uint64_t p) const;
     uint64_t period_of(uint64_t sample_index) const;
     void take(const device_sample& s, uint64_t index, std::vector<period>& out);
+    void end_run();
     void close(std::vector<period>& out);
 
     const uint64_t rate_;
@@ -63,7 +64,9 @@ class averager {
     double sum_ = 0, min_ = 0, max_ = 0;
     uint32_t count_ = 0;
     bool clipped_ = false;
-    std::array<uint32_t, 8> high_{};
+    std::array<uint32_t, 8> high_{};  // Samples each input was high, runs ended.
+    uint8_t run_logic_ = 0;
+    uint32_t run_length_ = 0;
 };
 
 }  // namespace probes::ppk2
