@@ -435,7 +435,7 @@ void capture::commit_pending() {
         pending_.function_energy_nj[i] = 0;
     }
     totals_.periods = next_;
-    totals_.dropped = next_ - totals_.rows;
+    totals_.dropped = source_->lost_device_samples().value_or(next_ - totals_.rows);
     totals_.energy_nj = static_cast<double>(energy_nj_) +
                         static_cast<double>(energy_rest_) / static_cast<double>(settings_.rate);
     pending_.rows = 0;

@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -100,6 +101,11 @@ class sample_source {
     virtual const std::string& failure() const = 0;
 
     virtual clip_advice clipping() const = 0;
+
+    // A source that averages device samples into periods counts the device
+    // samples it lost, up to the last period taken; the summary's "dropped"
+    // is then that count rather than the periods lost.
+    virtual std::optional<uint64_t> lost_device_samples() const { return std::nullopt; }
 
     // Stops the device and switches the target off. Exactly once per
     // source, at whatever end; the engine makes sure of that.
