@@ -100,21 +100,23 @@ terminal open_terminal(const options& opts) {
 }
 
 // Rewritten whole, so that a reader never sees half a report.
-void write_report(const std::string& path, const device& dev) {
+bool write_report(const std::string& path, const device& dev) {
     const std::string temporary = path + ".tmp";
     {
         std::ofstream out(temporary, std::ios::trunc);
         out << render_report(dev.figures(), dev.streams());
         if (!out.flush()) {
             std::cerr << "ppk2-emulator: can't write " << temporary << "\n";
-            return;
+            return false;
         }
     }
     std::error_code error;
     std::filesystem::rename(temporary, path, error);
     if (error) {
         std::cerr << "ppk2-emulator: can't write " << path << ": " << error.message() << "\n";
+        return false;
     }
+    return true;
 }
 
 std::ofstream open_output(const std::optional<std::string>& path, std::ios::openmode mode) {
@@ -137,9 +139,13 @@ int serve(const options& opts) {
     const standin::board_model board = standin::read_board_file(opts.board);
     std::ofstream log = open_output(opts.command_log, std::ios::out);
     std::ofstream record = open_output(opts.record, std::ios::binary);
+    device dev(opts, board);
+    // A report from the start: its place is checked before anyone connects.
+    if (opts.report && !write_report(*opts.report, dev)) {
+        return 1;
+    }
     terminal term = open_terminal(opts);
 
-    device dev(opts, board);
     clock_type::time_point stream_start;
     clock_type::time_point stalled_until;
     dev.on_command = [&](const std::string& line) {
@@ -231,8 +237,11 @@ int serve(const options& opts) {
         write_report(*opts.report, dev);
     }
     if (opts.link) {
-        std::error_code ignored;
-        std::filesystem::remove(*opts.link, ignored);
+        // Only while it is still ours: another emulator may have taken the name.
+        std::error_code error;
+        if (std::filesystem::read_symlink(*opts.link, error) == term.path && !error) {
+            std::filesystem::remove(*opts.link, error);
+        }
     }
     return 0;
 }

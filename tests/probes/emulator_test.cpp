@@ -219,6 +219,23 @@ TEST(emulator, stream_follows_mode_and_power) {
     EXPECT_NE(render_report(dev.figures(), dev.streams()).find("streams 2\n"), std::string::npos);
 }
 
+// The schedule repeats from the stream's start; the rise holds its input
+// low before and high after, whatever the schedule says.
+TEST(emulator, logic_inputs_follow_the_schedule_and_the_rise) {
+    const standin::board_model board = constant_board();
+    const options opts =
+        parse_options({"--board", "b", "--logic", "0x81:20,2:30", "--rise", "D7@1"});
+    device dev(opts, board);
+    send(dev, {0x06});
+    dev.produce_until(103);
+    const std::vector<uint32_t> words = take(dev).words;
+    std::vector<uint32_t> logic;
+    for (const size_t k : {0, 1, 2, 4, 5, 99, 100, 102}) {
+        logic.push_back(words[k] >> 24);
+    }
+    EXPECT_EQ(logic, (std::vector<uint32_t>{0x01, 0x01, 0x02, 0x02, 0x01, 0x02, 0x81, 0x82}));
+}
+
 TEST(emulator, uncalibrated_metadata_and_bad_options) {
     const std::string text = metadata_text(calibration::defaults(), 3700, 1);
     for (const char* line : {"Calibrated: 0\n", "R0: 0\n", "GS2: -nan\n", "UG4: -nan\n"}) {
