@@ -5,88 +5,76 @@
 
 #include <functional>
 #include <map>
-#include <numeric>
 
 #include "ppk2/averager.h"
-#include "ppk2/stream_decoder.h"
 
 namespace {
 
 using namespace probes::ppk2;
+using bytes = std::vector<uint8_t>;
 
-uint32_t word(uint16_t adc, uint8_t range, uint8_t counter, uint8_t logic = 0x5a) {
-    return adc | uint32_t{range} << 14 | uint32_t{counter & 63u} << 18 | uint32_t{logic} << 24;
+void put(bytes& b, uint16_t adc, uint8_t range, int counter, uint8_t logic = 0x5a) {
+    const uint32_t w =
+        adc | uint32_t{range} << 14 | uint32_t(counter & 63) << 18 | uint32_t{logic} << 24;
+    b.insert(b.end(), {uint8_t(w), uint8_t(w >> 8), uint8_t(w >> 16), uint8_t(w >> 24)});
+}
+
+// `count` words counting from `first`, ADC 10 + i.
+bytes stream(int count, int first) {
+    bytes b;
+    for (int i = 0; i < count; ++i) {
+        put(b, uint16_t(10 + i), 0, first + i);
+    }
+    return b;
 }
 
 // A calibration under which a sample's current is its ADC value.
 converter identity() {
     calibration cal;
-    for (int r = 0; r < range_count; ++r) {
-        cal.r[r] = 4 * 1.8 / 163840, cal.gs[r] = 0;
-    }
+    cal.r.fill(4 * 1.8 / 163840), cal.gs.fill(0);
     return converter(cal, 0);
 }
 
-// `count` words counting from `first`, ADC 10 + i, as bytes.
-std::vector<uint8_t> stream(int count, int first = 0) {
-    std::vector<uint8_t> bytes;
-    for (int i = 0; i < count; ++i) {
-        const uint32_t w = word(static_cast<uint16_t>(10 + i), 0, static_cast<uint8_t>(first + i));
-        for (int b = 0; b < 4; ++b) {
-            bytes.push_back(static_cast<uint8_t>(w >> (8 * b)));
-        }
-    }
-    return bytes;
-}
-
-std::vector<device_sample> decode(const std::vector<std::vector<uint8_t>>& chunks,
-                                  decoder_totals* totals = nullptr) {
+std::vector<device_sample> decode(const std::vector<bytes>& chunks, decoder_totals* t = nullptr) {
     stream_decoder d(identity());
     std::vector<device_sample> out;
     for (const auto& c : chunks) {
         d.feed(c, out);
     }
-    if (totals) {
-        *totals = d.totals();
+    if (t) {
+        *t = d.totals();
     }
     return out;
 }
 
 TEST(ppk2_stream, any_chunking_gives_the_same_samples) {
-    const std::vector<uint8_t> bytes = stream(40, 50);  // the counter wraps at 64
-    const std::vector<device_sample> whole = decode({bytes});
+    const bytes b = stream(40, 50);  // the counter wraps at 64
+    const auto whole = decode({b});
     ASSERT_EQ(whole.size(), 40u);
     for (size_t i = 0; i < whole.size(); ++i) {
-        EXPECT_DOUBLE_EQ(whole[i].current, 10.0 + i);
-        EXPECT_EQ(whole[i].lost_before, 0u);
-        EXPECT_EQ(whole[i].logic, 0x5a);
+        EXPECT_EQ(whole[i].current, 10.0 + i);
+        EXPECT_EQ(std::pair(whole[i].lost_before, whole[i].logic), std::pair(0u, uint8_t{0x5a}));
     }
-    for (size_t cut = 0; cut <= bytes.size(); ++cut) {
-        const auto parts =
-            decode({{bytes.begin(), bytes.begin() + cut}, {bytes.begin() + cut, bytes.end()}});
-        ASSERT_EQ(parts.size(), whole.size()) << "cut at " << cut;
+    std::vector<bytes> bytewise;
+    for (size_t cut = 0; cut <= b.size(); ++cut) {
+        const auto parts = decode({{b.begin(), b.begin() + cut}, {b.begin() + cut, b.end()}});
+        ASSERT_EQ(parts.size(), 40u) << "cut at " << cut;
         EXPECT_EQ(parts.back().current, whole.back().current) << "cut at " << cut;
+        bytewise.push_back({b.begin() + cut, b.begin() + std::min(cut + 1, b.size())});
     }
-    std::vector<std::vector<uint8_t>> bytewise;
-    for (uint8_t b : bytes) {
-        bytewise.push_back({b});
-    }
-    EXPECT_EQ(decode(bytewise).size(), whole.size());
+    EXPECT_EQ(decode(bytewise).size(), 40u);
 }
 
 TEST(ppk2_stream, losses_and_slips_are_counted_exactly) {
-    using bytes = std::vector<uint8_t>;
     const struct {
         const char* name;
         std::function<void(bytes&)> damage;
         size_t samples;
         uint64_t lost, discarded, resyncs;
-        size_t at;  // Index of the sample that carries the loss.
-        uint32_t lost_before;
+        size_t at;  // A sample that carries a loss, and how much.
+        uint32_t lost_at;
     } rows[] = {
-        {"clean", [](bytes&) {}, 40, 0, 0, 0, 0, 0},
-        {"5 words lost", [](bytes& b) { b.erase(b.begin() + 80, b.begin() + 100); }, 35, 5, 0, 0,
-         20, 5},
+        {"5 lost", [](bytes& b) { b.erase(b.begin() + 80, b.begin() + 100); }, 35, 5, 0, 0, 20, 5},
         {"two runs of gaps",
          [](bytes& b) {
              b.erase(b.begin() + 80, b.begin() + 92);
@@ -94,7 +82,7 @@ TEST(ppk2_stream, losses_and_slips_are_counted_exactly) {
          },
          35, 5, 0, 0, 10, 2},
         {"a byte slipped", [](bytes& b) { b.erase(b.begin() + 81); }, 39, 1, 3, 1, 20, 1},
-        {"a byte too many", [](bytes& b) { b.insert(b.begin() + 80, 0x77); }, 40, 0, 1, 1, 0, 0},
+        {"a byte too many", [](bytes& b) { b.insert(b.begin() + 80, 0x77); }, 40, 0, 1, 1, 20, 0},
         {"a counter hit", [](bytes& b) { b[82] ^= 0x40; }, 39, 1, 4, 1, 20, 1},
         {"stale bytes first",
          [](bytes& b) {
@@ -108,66 +96,52 @@ TEST(ppk2_stream, losses_and_slips_are_counted_exactly) {
         decoder_totals t;
         const auto out = decode({b}, &t);
         ASSERT_EQ(out.size(), row.samples) << row.name;
-        EXPECT_EQ(t.lost, row.lost) << row.name;
-        EXPECT_EQ(t.discarded_bytes, row.discarded) << row.name;
-        EXPECT_EQ(t.resyncs, row.resyncs) << row.name;
-        EXPECT_EQ(out[row.at].lost_before, row.lost_before) << row.name;
-        const uint64_t carried = std::accumulate(
-            out.begin(), out.end(), uint64_t{0},
-            [](uint64_t sum, const device_sample& s) { return sum + s.lost_before; });
+        EXPECT_EQ((std::array{t.lost, t.discarded_bytes, t.resyncs}),
+                  (std::array{row.lost, row.discarded, row.resyncs}))
+            << row.name;
+        uint64_t carried = 0;
+        for (const auto& s : out) {
+            carried += s.lost_before;
+        }
+        EXPECT_EQ(out[row.at].lost_before, row.lost_at) << row.name;
         EXPECT_EQ(carried, row.lost) << row.name;
     }
 }
 
-// Worked out by hand: averages 0.18 and 0.06 of the values before.
-TEST(ppk2_stream, a_range_switch_is_smoothed) {
+// Worked out by hand: averages 0.18 and 0.06 of the values before. The
+// top range's full scale is clipped, in range 4 and in the codes above it.
+TEST(ppk2_stream, range_switches_and_clipping) {
     const struct {
         uint8_t to_range;
+        uint16_t adc;
         std::vector<double> currents;
     } rows[] = {
         // 0.18 * 200 + 0.82 * 100 = 118; then 132.76, 144.8632; then raw.
-        {1, {100, 100, 118, 132.76, 144.8632, 200}},
-        // The top range keeps the averages from before for 2 samples, then
-        // 0.06 * 1000 + 0.94 * 100 = 154.
-        {4, {100, 100, 100, 100, 154, 1000}},
+        {1, 200, {100, 100, 118, 132.76, 144.8632, 200}},
+        // The averages from before hold for 2 samples; then 0.06 * 1000 + 0.94 * 100.
+        {4, 1000, {100, 100, 100, 100, 154, 1000}},
+        {3, 0x3fff, {}},
+        {4, 0x3fff, {}},
+        {7, 0x3fff, {}},
     };
     for (const auto& row : rows) {
-        const uint16_t adc = row.to_range == 4 ? 1000 : 200;
-        std::vector<uint8_t> bytes;
-        for (uint8_t i = 0; i < 6; ++i) {
-            const uint32_t w = i < 2 ? word(100, 0, i) : word(adc, row.to_range, i);
-            bytes.insert(bytes.end(),
-                         {uint8_t(w), uint8_t(w >> 8), uint8_t(w >> 16), uint8_t(w >> 24)});
+        bytes b;
+        for (int i = 0; i < 6; ++i) {
+            i < 2 ? put(b, 100, 0, i) : put(b, row.adc, row.to_range, i);
         }
-        const auto out = decode({bytes});
-        ASSERT_EQ(out.size(), row.currents.size());
-        for (size_t i = 0; i < out.size(); ++i) {
-            EXPECT_NEAR(out[i].current, row.currents[i], 1e-9)
-                << "range " << int(row.to_range) << " #" << i;
+        const auto out = decode({b});
+        ASSERT_EQ(out.size(), 6u);
+        for (size_t i = 0; i < row.currents.size(); ++i) {
+            EXPECT_NEAR(out[i].current, row.currents[i], 1e-9) << int(row.to_range) << " #" << i;
         }
+        EXPECT_EQ(out[5].clipped, row.adc == 0x3fff && row.to_range >= 4) << int(row.to_range);
     }
-}
-
-TEST(ppk2_stream, clipped_only_at_the_top_of_the_top_range) {
-    std::vector<uint8_t> bytes;
-    const uint32_t words[] = {word(0x3fff, 4, 0), word(0x3ffe, 4, 1), word(0x3fff, 3, 2),
-                              word(0x3fff, 7, 3)};
-    for (uint32_t w : words) {
-        bytes.insert(bytes.end(),
-                     {uint8_t(w), uint8_t(w >> 8), uint8_t(w >> 16), uint8_t(w >> 24)});
-    }
-    const auto out = decode({bytes});
-    ASSERT_EQ(out.size(), 4u);
-    EXPECT_TRUE(out[0].clipped);
-    EXPECT_FALSE(out[1].clipped);
-    EXPECT_FALSE(out[2].clipped);
-    EXPECT_TRUE(out[3].clipped);
 }
 
 // Device indices 0 to `end` - 1, each sample's current its index; `lost`
 // maps an index to how many samples from it on were lost.
 std::vector<period> average(int32_t rate, uint64_t end, std::map<uint64_t, uint32_t> lost = {},
-                            std::vector<uint8_t> logic = {}, std::optional<int> trigger = {}) {
+                            bytes logic = {}, std::optional<int> trigger = {}) {
     std::vector<device_sample> samples;
     for (uint64_t i = 0; i < end; ++i) {
         const uint32_t gap = lost.count(i) ? lost[i] : 0;
@@ -181,24 +155,15 @@ std::vector<period> average(int32_t rate, uint64_t end, std::map<uint64_t, uint3
 }
 
 TEST(ppk2_averager, periods) {
-    struct expected {
-        uint64_t index;
-        uint32_t samples;
-        uint64_t lost;
-        double mean, min, max;
-    };
+    using figures = std::array<double, 6>;  // index, samples, lost, mean, min, max
     const struct {
         const char* name;
         int32_t rate;
         uint64_t end;
         std::map<uint64_t, uint32_t> lost;
-        std::vector<expected> periods;
+        std::vector<figures> periods;
     } rows[] = {
-        {"every sample",
-         100000,
-         3,
-         {},
-         {{0, 1, 0, 0, 0, 0}, {1, 1, 0, 1, 1, 1}, {2, 1, 0, 2, 2, 2}}},
+        {"every sample", 100000, 2, {}, {{0, 1, 0, 0, 0, 0}, {1, 1, 0, 1, 1, 1}}},
         {"1000 a second, the third still open",
          1000,
          250,
@@ -228,17 +193,12 @@ TEST(ppk2_averager, periods) {
          {{0, 100, 0, 49.5, 0, 99}, {3, 50, 250, 374.5, 350, 399}}},
     };
     for (const auto& row : rows) {
-        const auto out = average(row.rate, row.end, row.lost);
-        ASSERT_EQ(out.size(), row.periods.size()) << row.name;
-        for (size_t i = 0; i < out.size(); ++i) {
-            const expected& e = row.periods[i];
-            EXPECT_EQ(out[i].index, e.index) << row.name << " #" << i;
-            EXPECT_EQ(out[i].samples, e.samples) << row.name << " #" << i;
-            EXPECT_EQ(out[i].lost, e.lost) << row.name << " #" << i;
-            EXPECT_DOUBLE_EQ(out[i].mean, e.mean) << row.name << " #" << i;
-            EXPECT_EQ(out[i].min, e.min) << row.name << " #" << i;
-            EXPECT_EQ(out[i].max, e.max) << row.name << " #" << i;
+        std::vector<figures> got;
+        for (const period& p : average(row.rate, row.end, row.lost)) {
+            got.push_back(
+                {double(p.index), double(p.samples), double(p.lost), p.mean, p.min, p.max});
         }
+        EXPECT_EQ(got, row.periods) << row.name;
     }
 }
 
@@ -246,10 +206,8 @@ TEST(ppk2_averager, logic_clipping_and_trigger) {
     // Periods of 4: D0 high in 2 (a tie reads high), D1 in 1; then D2 in 2. Sample 7 is clipped.
     const auto out = average(25000, 8, {}, {1, 1, 2, 0, 4, 4, 0, 0});
     ASSERT_EQ(out.size(), 2u);
-    EXPECT_EQ(out[0].logic, 0x01);
-    EXPECT_EQ(out[1].logic, 0x04);
-    EXPECT_FALSE(out[0].clipped);
-    EXPECT_TRUE(out[1].clipped);
+    EXPECT_EQ((std::array{out[0].logic, out[1].logic}), (std::array<uint8_t, 2>{0x01, 0x04}));
+    EXPECT_EQ((std::array{out[0].clipped, out[1].clipped}), (std::array{false, true}));
 
     // D3 high from the start is no edge; the rise at sample 5 starts period 0.
     const auto triggered = average(100000, 8, {}, {8, 8, 0, 0, 0, 8, 8, 0}, 3);
