@@ -221,6 +221,8 @@ bool capture::write_block(capture_end& end) {
     int64_t current_sum = 0;
     uint64_t clipped = 0;
     bool full = false;
+    // Averaged rows keep the period's peak apart, so that averaging hides none.
+    const bool averaged = source_->averages();
     for (; block_at_ < block_end_; ++block_at_) {
         const period_sample& s = block_[block_at_];
         // Whole nJ of the energy so far; a multiplication guesses the
@@ -255,7 +257,7 @@ bool capture::write_block(capture_end& end) {
         energy_rest_ = rest;
         current_sum += s.current_na;
         clipped += s.clipped ? 1 : 0;
-        pending_.peak_na = std::max(pending_.peak_na, s.current_na);
+        pending_.peak_na = std::max(pending_.peak_na, averaged ? s.max_na : s.current_na);
         if (s.function != no_function) {
             pending_.function_energy_nj[s.function] +=
                 static_cast<double>(s.power_nw) / static_cast<double>(rate);

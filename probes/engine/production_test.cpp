@@ -158,6 +158,7 @@ bool production_test::measure() {
     const int32_t rate = description_.rate;
     const auto total = static_cast<uint64_t>(std::llround(description_.measure_s * rate));
     std::vector<period_sample> block(block_periods);
+    const bool averaged = source_->averages();  // Then a period's peak is its max_na.
     double voltage_sum = 0;
     double current_sum = 0;
     double power_sum = 0;
@@ -188,7 +189,7 @@ bool production_test::measure() {
                     voltage_sum += static_cast<double>(r.voltage_uv);
                     current_sum += current;
                     power_sum += static_cast<double>(r.power_nw);
-                    peak = std::max(peak, r.current_na);
+                    peak = std::max(peak, averaged ? r.max_na : r.current_na);
                     if (r.clipped) {
                         ++measured_.clipped;
                         measured_.sleep_clipped += asleep ? 1 : 0;
