@@ -7,9 +7,9 @@
 #include <sstream>
 #include <thread>
 
-#include "scratch_dir.h"
 #include "engine/junit_report.h"
 #include "engine/production_test.h"
+#include "scratch_dir.h"
 
 namespace {
 
