@@ -186,14 +186,18 @@ std::optional<int64_t> device::produce_until(uint64_t due) {
             }
         }
         const double amperes = draws ? static_cast<double>(model_.next().mean_na) * 1e-9 : 0.0;
-        const int range = range_for(amperes);
-        const uint32_t adc = encode_current(cal_, range, amperes, volts);
-        append_word(make_word(adc, range, counter_, logic_at(position_)), skip);
+        if (!last_.valid || amperes != last_.amperes || volts != last_.volts) {
+            // A mode draws one current for many samples: encode it once.
+            const int range = range_for(amperes);
+            const uint32_t adc = encode_current(cal_, range, amperes, volts);
+            last_ = {true, amperes, volts, range, adc, decode_current(cal_, range, adc, volts)};
+        }
+        append_word(make_word(last_.adc, last_.range, counter_, logic_at(position_)), skip);
         if (skip) {
             ++figures_.slipped;
         } else {
             ++figures_.words_sent;
-            figures_.add(smoothing_.next(range, decode_current(cal_, range, adc, volts)));
+            figures_.add(smoothing_.next(last_.range, last_.decoded));
         }
         ++counter_;
         ++position_;

@@ -83,6 +83,14 @@ class device {
     uint64_t position_ = 0;  // Samples since the stream's start, lost ones too.
     uint32_t counter_ = 0;
     range_smoothing smoothing_;
+    struct encoded {
+        bool valid = false;
+        double amperes = 0;
+        double volts = 0;
+        int range = 0;
+        uint32_t adc = 0;
+        double decoded = 0;
+    } last_;
     stream_figures figures_;
     uint64_t streams_ = 0;
     std::vector<bool> lose_done_, slip_done_, stall_done_;

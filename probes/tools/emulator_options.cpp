@@ -45,7 +45,11 @@ Faults happen once each, in the first stream that lasts long enough.
 Auto-ranging: range 0 below 400 uA, 1 below 4 mA, 2 below 40 mA, 3 below
 400 mA, 4 above. The target draws its current in ampere mode, and in source
 mode while powered. Power-on state: ampere mode, regulator 3700 mV, target
-off; reset (0x20) returns to it. RegulatorSet outside 800-5000 mV is ignored.
+off; reset (0x20) returns to it and stops the stream, but the terminal stays
+(a device would leave the bus). RegulatorSet outside 800-5000 mV is ignored.
+Each sample is the model's exact mean current over its 10 us, without noise,
+encoded to the nearest ADC value with the regulator's voltage as V (in both
+modes, as hosts decode). Words queued before a stop still follow it.
 
 Report lines (key value): streams, words_sent, samples_lost, words_slipped,
 samples_decoded, seconds, voltage_v, mean_current_a, peak_current_a,

@@ -34,6 +34,10 @@ void request_stop(int) {
 
 // The stream is made in blocks of this period; shorter costs wake-ups.
 constexpr auto block = std::chrono::milliseconds(4);
+// At most this many samples at a time, so that a device that runs late (a
+// slow or busy machine) still reads commands and writes between batches, and
+// comes late rather than losing samples the host would have read.
+constexpr uint64_t batch = 2000;
 
 struct failure : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -182,14 +186,17 @@ int serve(const options& opts) {
     uint8_t input[4096];
     while (!stop_requested) {
         const auto now = clock_type::now();
-        if (dev.streaming() && now >= stalled_until) {
+        const auto due_now = [&] {
             const auto elapsed =
                 std::chrono::duration_cast<std::chrono::nanoseconds>(now - stream_start);
-            const auto due =
-                static_cast<uint64_t>(elapsed.count() / (1'000'000'000 / samples_per_second));
+            return static_cast<uint64_t>(elapsed.count() / (1'000'000'000 / samples_per_second));
+        };
+        if (dev.streaming() && now >= stalled_until) {
+            const uint64_t due = due_now();
             if (dev.pending().size() > backlog_bytes) {
                 dev.lose_until(due);
-            } else if (const auto stall = dev.produce_until(due)) {
+            } else if (const auto stall =
+                           dev.produce_until(std::min(due, dev.position() + batch))) {
                 stalled_until = now + std::chrono::milliseconds(*stall);
             }
         }
@@ -212,7 +219,9 @@ int serve(const options& opts) {
         if (!dev.pending().empty() && !hung_up) {
             pfd.events |= POLLOUT;
         }
-        const int timeout = dev.streaming() ? static_cast<int>(block.count()) : 100;
+        // Behind the clock (a slow machine, a sanitizer): no waiting until caught up.
+        const bool behind = dev.streaming() && now >= stalled_until && dev.position() < due_now();
+        const int timeout = behind ? 0 : dev.streaming() ? static_cast<int>(block.count()) : 100;
         if (poll(&pfd, 1, timeout) < 0) {
             if (errno == EINTR) {
                 continue;
