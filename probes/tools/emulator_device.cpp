@@ -197,7 +197,10 @@ std::optional<int64_t> device::produce_until(uint64_t due) {
             ++figures_.slipped;
         } else {
             ++figures_.words_sent;
-            figures_.add(smoothing_.next(last_.range, last_.decoded));
+            const double smoothed = smoothing_.next(last_.range, last_.decoded);
+            if (position_ < opts_.report_samples) {
+                figures_.add(smoothed);
+            }
         }
         ++counter_;
         ++position_;

@@ -21,6 +21,8 @@ second in real time.
                         filter on|off, reset, unknown 0xNN
   --report FILE         the stream's own figures, rewritten at every stop and
                         at exit (see below)
+  --report-samples N    the figures of the stream's first N samples only
+                        (lost ones included), as a capture of N samples sees
   --record FILE         every stream byte sent, as sent
   --logic SCHEDULE      logic inputs D0-D7: CODE:US[,CODE:US...], each code
                         (0-255, 0x.. for hex) held for US microseconds, the
@@ -139,6 +141,8 @@ options parse_options(const std::vector<std::string>& args) {
             o.report = value;
         } else if (name == "--command-log") {
             o.command_log = value;
+        } else if (name == "--report-samples") {
+            o.report_samples = static_cast<uint64_t>(number(value, name, INT64_MAX));
         } else if (name == "--record") {
             o.record = value;
         } else if (name == "--logic") {
