@@ -19,40 +19,22 @@ namespace {
 
 using VX_UTL::uThread;
 
-// A number other threads wait on. Not std::atomic's own wait: MinGW's can
-// miss a wake-up, which hangs a test under Wine.
-class waitable_count {
-  public:
-    operator int() const {
-        const std::lock_guard<std::mutex> lock(mutex);
-        return value;
+// Polls: std::atomic's own wait can miss a wake-up under MinGW, which hangs
+// a test under Wine.
+void wait_while(const std::atomic<int>& value, int is) {
+    while (value == is) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    waitable_count& operator=(int to) {
-        const std::lock_guard<std::mutex> lock(mutex);
-        value = to;
-        changed.notify_all();
-        return *this;
-    }
-    void operator++() { *this = *this + 1; }
-    void wait_while(int is) const {
-        std::unique_lock<std::mutex> lock(mutex);
-        changed.wait(lock, [&] { return value != is; });
-    }
-
-  private:
-    mutable std::mutex mutex;
-    mutable std::condition_variable changed;
-    int value = 0;
-};
+}
 
 // What happened to a fake command; outlives the command, which its owner
 // deletes.
 struct record {
-    waitable_count stops;
+    std::atomic<int> stops{0};
     std::atomic<int> inside_stop{0};
     std::atomic<bool> stops_overlapped{false};
     std::atomic<bool> destroyed{false};
-    waitable_count stop_gate;
+    std::atomic<int> stop_gate{0};
 };
 
 // A use case that runs until it got `stops_needed` stops, or for
@@ -92,7 +74,7 @@ class fake_command : public zelno_command {
         ++seen->stops;
         std::this_thread::sleep_for(std::chrono::milliseconds(how.stop_blocks_ms));
         if (how.stop_waits_for_gate) {
-            seen->stop_gate.wait_while(0);
+            wait_while(seen->stop_gate, 0);
         }
         --seen->inside_stop;
     }
@@ -155,7 +137,7 @@ TEST(command_queue, a_stop_at_the_limit_and_stop_all_reach_the_command_one_after
     auto seen = std::make_shared<record>();
     queue.add("A", new fake_command(seen, {.stops_needed = 2, .stop_blocks_ms = 5}), 10);
     std::thread ctrl_c([&] {
-        seen->stops.wait_while(0);
+        wait_while(seen->stops, 0);
         queue.stop_all();
     });
     testing::internal::CaptureStdout();

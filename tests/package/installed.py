@@ -1,5 +1,6 @@
 """What both package tests ask of an installed zelno: the files it must hold,
-and the README session run from them alone."""
+and the README session of the demo transcripts run from them alone (its
+@SOURCE@ stands for the folder that holds the installed demo/)."""
 
 import os
 import re
@@ -14,7 +15,7 @@ def check(root, paths, environment):
     failures = [f"missing {path}" for path in paths if not os.path.isfile(os.path.join(root, path))]
     session = subprocess.run(
         [sys.executable, os.path.join(HERE, "..", "e2e", "transcript.py"),
-         os.path.join(HERE, "readme_session.t")],
+         os.path.join(HERE, "..", "e2e", "demo", "readme_session.t")],
         env=environment, capture_output=True, text=True)
     if session.returncode != 0:
         failures.append(f"README session from {root}:\n" + session.stdout + session.stderr)

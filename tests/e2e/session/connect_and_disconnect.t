@@ -15,7 +15,6 @@
 % file board.dat
 % file other.dat
 % file nodot
-% file board.dat.old
 % file dir.dat/file
 % file board.DAT
 % file target.Tgcfg
@@ -31,7 +30,6 @@
 < connect --config missing.dat hosted
 < connect --config dir.dat hosted
 < connect --help --config missing.dat
-< connect -h
 < connect -d second hosted
 < prodtest -i e.txt
 < connect --config other.dat
@@ -40,7 +38,6 @@
 < disconnect
 < prodtest -i g.txt
 < connect --config nodot hosted
-< connect --config board.dat.old hosted
 < connect --config dir.dat/file hosted
 < connect --config board.DAT hosted
 < connect --config target.Tgcfg hosted
@@ -54,15 +51,12 @@
 > zelno> zelno> zelno> zelno> zelno> Connect to the target.
 > usage: connect --device <device name> [--config <config file>] <prb|hosted>
 >
-> zelno> Connect to the target.
-> usage: connect --device <device name> [--config <config file>] <prb|hosted>
->
 > zelno> usage: connect --device <device name> [--config <config file>] <prb|hosted>
 >
 > zelno> zelno> usage: connect --device <device name> [--config <config file>] <prb|hosted>
 >
 > zelno> Usage: disconnect
->| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
+>| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
 ! connect: option "--device=" requires an argument
 ! prodtest: option "" requires an argument
 ! Could not open file missing.dat
@@ -72,7 +66,6 @@
 ! connect: missing option <hosted|prb>
 ! Session must be connected before running use case
 ! Incorrect connection file nodot. Must be a .dat or .tgcfg.
-! Incorrect connection file board.dat.old. Must be a .dat or .tgcfg.
 ! Incorrect connection file dir.dat/file. Must be a .dat or .tgcfg.
 ! Incorrect connection file board.DAT. Must be a .dat or .tgcfg.
 ! Incorrect connection file target.Tgcfg. Must be a .dat or .tgcfg.

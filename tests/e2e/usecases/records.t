@@ -17,7 +17,6 @@
 < wattscope -o f.csv
 < wattscope ws
 < wattscope -o f.csv -s abc ws
-< prodtest
 < wattscope -o f.csv --config other.dat ws
 < wattscope -o f.csv -d mine ws
 < prodtest --input limits.txt -c other.dat
@@ -38,11 +37,10 @@
 >| zelno> zelno> 
 % include prodtest_help
 % include wattscope_help
->| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
+>| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
 ! wattscope: missing option <ws|ws+>
 ! wattscope: missing option -o|--output=<output>
 ! wattscope: invalid argument "abc" to option -s|--sampfreq=<int>
-! prodtest: missing option -i|--input=<config file>
 ! wattscope: excess option -c|--config=board.dat
 ! wattscope: excess option -d|--device=probe7
 ! prodtest: excess option -c|--config=board.dat
