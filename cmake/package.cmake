@@ -15,7 +15,7 @@ install(PROGRAMS ${PROJECT_SOURCE_DIR}/scripts/plot-capture
         DESTINATION ${CMAKE_INSTALL_BINDIR} RENAME zelno-plot)
 # The PPK2's udev rule, in the folder Debian keeps for packages' rules (the
 # administrator's own go to /etc/udev/rules.d and win over it).
-install(FILES ${PROJECT_SOURCE_DIR}/packaging/deb/71-zelno-ppk2.rules
+install(FILES ${PROJECT_SOURCE_DIR}/packaging/deb/70-zelno-ppk2.rules
         DESTINATION lib/udev/rules.d)
 
 # A native package's changelog, compressed as Debian's tools expect; -n

@@ -64,15 +64,16 @@ with tempfile.TemporaryDirectory() as scratch:
             failures.append(f"the changelog's newest entry is not {version}: {newest}")
     failures += installed.broken_links(docs)
 
-    # The PPK2's rule: its tag counts only when set before 73-seat-late acts
-    # on it, and one rule line must both tag the port and keep ModemManager off.
+    # The PPK2's rule: udev orders rule files by name, and the uaccess tag
+    # counts only when set before 71-seat and 73-seat-late act on it; one
+    # line must both tag the port and keep ModemManager off.
     rules = os.path.join(root, "usr/lib/udev/rules.d")
     names = os.listdir(rules) if os.path.isdir(rules) else []
     if not names:
         failures.append("no udev rule in usr/lib/udev/rules.d")
     for name in names:
-        if not re.match(r"([0-6]\d|7[0-2])-.*\.rules$", name):
-            failures.append(f"udev rule {name} does not run before 73-seat-late.rules")
+        if not name.endswith(".rules") or name >= "71-seat.rules":
+            failures.append(f"udev rule {name} does not run before 71-seat.rules")
         lines = open(os.path.join(rules, name), encoding="utf-8").read().splitlines()
         if not any(all(part in line for part in (
                 'SUBSYSTEM=="tty"', 'ATTRS{idVendor}=="1915"', 'ATTRS{idProduct}=="c00a"',
