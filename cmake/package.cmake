@@ -13,6 +13,10 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/demo/
         DESTINATION ${CMAKE_INSTALL_DATADIR}/zelno/demo)
 install(PROGRAMS ${PROJECT_SOURCE_DIR}/scripts/plot-capture
         DESTINATION ${CMAKE_INSTALL_BINDIR} RENAME zelno-plot)
+# The PPK2's udev rule, in the folder Debian keeps for packages' rules (the
+# administrator's own go to /etc/udev/rules.d and win over it).
+install(FILES ${PROJECT_SOURCE_DIR}/packaging/deb/70-zelno-ppk2.rules
+        DESTINATION lib/udev/rules.d)
 
 # A native package's changelog, compressed as Debian's tools expect; -n
 # leaves the time stamp out, so the same source gives the same file.
@@ -34,7 +38,8 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
 set(CPACK_PACKAGE_DESCRIPTION
     "zelno samples a target's energy use into capture files (wattscope) and runs
 production tests against limit files (prodtest), interactively or from scripts.
-It comes with a probe simulator that stands in for the vendor's library.")
+It measures with a Power Profiler Kit II, and comes with a probe simulator
+that needs no hardware.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION electronics)

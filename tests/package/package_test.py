@@ -64,6 +64,22 @@ with tempfile.TemporaryDirectory() as scratch:
             failures.append(f"the changelog's newest entry is not {version}: {newest}")
     failures += installed.broken_links(docs)
 
+    # The PPK2's rule: udev orders rule files by name, and the uaccess tag
+    # counts only when set before 71-seat and 73-seat-late act on it; one
+    # line must both tag the port and keep ModemManager off.
+    rules = os.path.join(root, "usr/lib/udev/rules.d")
+    names = os.listdir(rules) if os.path.isdir(rules) else []
+    if not names:
+        failures.append("no udev rule in usr/lib/udev/rules.d")
+    for name in names:
+        if not name.endswith(".rules") or name >= "71-seat.rules":
+            failures.append(f"udev rule {name} does not run before 71-seat.rules")
+        lines = open(os.path.join(rules, name), encoding="utf-8").read().splitlines()
+        if not any(all(part in line for part in (
+                'SUBSYSTEM=="tty"', 'ATTRS{idVendor}=="1915"', 'ATTRS{idProduct}=="c00a"',
+                'TAG+="uaccess"', 'ENV{ID_MM_DEVICE_IGNORE}="1"')) for line in lines):
+            failures.append(f"udev rule {name}: no line gives the PPK2's tty the uaccess tag and ModemManager's ignore")
+
     zelno = os.path.join(root, "usr/bin/zelno")
     if run(zelno, "-v") != f"zelno {version}\n":
         failures.append(f"zelno -v says {run(zelno, '-v')!r}")
