@@ -1,6 +1,8 @@
 """Finding USB serial ports in a umockdev testbed of fake PPK2s (USB device,
-CDC-ACM interfaces, ttys backed by pseudo-terminals), with list_usb_serial.
-Usage: /usr/bin/python3 discovery_test.py LIST_USB_SERIAL; 77 is a skip."""
+CDC-ACM interfaces, ttys backed by pseudo-terminals), with list_usb_serial,
+and zelno's `--device ppk2` with the PPK2 emulator behind the fake tty.
+Usage: /usr/bin/python3 discovery_test.py LIST_USB_SERIAL ZELNO EMULATOR BOARD;
+77 is a skip."""
 
 import os
 import select
@@ -17,7 +19,8 @@ try:
 except (ImportError, ValueError) as error:
     print(f"skipped: umockdev's Python bindings are missing ({error})")
     sys.exit(77)
-PROGRAM = sys.argv.pop(1)
+PROGRAM, ZELNO, EMULATOR, BOARD = sys.argv[1:5]
+del sys.argv[1:5]
 
 
 def add_ppk2(testbed, number, serial, interfaces=(0,), udevd=True, vid="1915", pid="c00a"):
@@ -83,6 +86,40 @@ class Discovery(unittest.TestCase):
         self.assertEqual(reply, b"echo:\x00\x19\r\xff\n")
         self.assertEqual(program.wait(timeout=60), 0)
 
+    def test_zelno_finds_the_one_ppk2_attached(self):
+        connect = f"connect --device ppk2 --config {BOARD} hosted\n"
+        cases = [  # name, devices, expected output, expected errors
+            ("none", [], "",
+             "wattscope: no PPK2 found; attach one, or name its port with --device ppk2:PORT\n"),
+            ("two", [("A1", (0,)), ("B2", (0,))], "",
+             "wattscope: several PPK2s found (/dev/ttyACM2 of A1, /dev/ttyACM4 of B2); "
+             "pick one with --device ppk2:PORT\n"),
+            ("one", [("A1", (0,))], "Stopping wattscope after 500ms\n", ""),
+        ]
+        for name, devices, expected_out, expected_err in cases:
+            with self.subTest(name):
+                self.new_testbed()
+                nodes = [add_ppk2(self.testbed, n, *d)[0] for n, d in enumerate(devices, start=1)]
+                emulators = []
+                if len(nodes) == 1:
+                    master = self.testbed.get_dev_fd(nodes[0])
+                    emulators.append(subprocess.Popen(
+                        [EMULATOR, "--board", BOARD, "--fd", str(master)], pass_fds=[master],
+                        stdout=subprocess.DEVNULL))
+                zelno = subprocess.Popen(
+                    [ZELNO, "--script", "-"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                    stderr=subprocess.PIPE, text=True, cwd=os.path.dirname(BOARD),
+                    env=dict(os.environ, UMOCKDEV_DIR=self.testbed.get_root_dir()))
+                out, err = zelno.communicate(connect + "wattscope -o /dev/null -s 1000 -D 500 ws\n",
+                                             timeout=60)
+                for emulator in emulators:
+                    emulator.terminate()
+                    emulator.wait(timeout=60)
+                self.assertEqual(err, expected_err)
+                self.assertEqual(out.split("\n")[0] + "\n" if out else "", expected_out)
+                if expected_out:
+                    self.assertRegex(out, r"500 samples in .* 0 dropped\n$")
+
 
 if __name__ == "__main__":
     # The testbed works only under umockdev's preload, which children inherit.
@@ -92,5 +129,6 @@ if __name__ == "__main__":
         if check.returncode != 0 or check.stderr:
             print(f"skipped: umockdev's preload can't run here: {check.stderr.decode()}")
             sys.exit(77)
-        os.execve(sys.executable, [sys.executable, __file__, PROGRAM, *sys.argv[1:]], env)
+        os.execve(sys.executable,
+                  [sys.executable, __file__, PROGRAM, ZELNO, EMULATOR, BOARD, *sys.argv[1:]], env)
     unittest.main()
