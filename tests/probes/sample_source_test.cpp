@@ -21,64 +21,42 @@ using standin::sim::period_sample;
 using standin::sim::sample_source;
 
 // Hands over what its script says, one step per poll; an empty step ends a
-// round of polls. Period n reads (n + 1) uA at 2 V.
-class scripted_source final : public sample_source {
-  public:
-    struct step {
-        uint64_t lost;
-        uint64_t ready;
-    };
-    scripted_source(std::vector<step> script, bool averages, std::string failure, int& finishes,
-                    std::function<void()> on_start = {})
-        : script_(std::move(script)),
-          averages_(averages),
-          failure_after_(std::move(failure)),
-          finishes_(finishes),
-          on_start_(std::move(on_start)) {}
+// round of polls, and the end of the script brings its failure, if any.
+// Period n reads (n + 1) uA at 2 V.
+struct scripted_source final : sample_source {
+    std::vector<ready_periods> script;
+    bool averaging = false;
+    std::string failure_after;
+    int* finishes = nullptr;
+    std::function<void()> on_start;
+    size_t at = 0;
+    uint64_t next = 0;
+    std::string failed;
 
     std::string_view name() const override { return "the scripted probe"; }
-    std::string describe(std::string_view mode) const override {
-        return "# Scripted capture, trace mode " + std::string(mode) + "\n";
-    }
-    bool averages() const override { return averages_; }
+    std::string describe(std::string_view) const override { return "# Scripted\n"; }
+    bool averages() const override { return averaging; }
     bool measures_voltage() const override { return false; }
     size_hint largest_periods() const override { return {}; }
-    void start(clock::time_point) override {
-        if (on_start_) {
-            on_start_();
-        }
-    }
+    void start(clock::time_point) override { on_start ? on_start() : void(); }
     ready_periods poll(clock::time_point) override {
-        if (at_ == script_.size()) {
-            failure_ = failure_after_;
-            return {};
-        }
-        const step s = script_[at_++];
-        next_ += s.lost;
-        return {s.lost, s.ready};
+        failed = at == script.size() ? failure_after : "";
+        const ready_periods step = at == script.size() ? ready_periods{} : script[at++];
+        next += step.lost;
+        return step;
     }
     void take(period_sample* into, size_t count) override {
-        for (size_t i = 0; i < count; ++i, ++next_) {
-            const auto na = static_cast<int64_t>(next_ + 1) * 1000;
+        for (size_t i = 0; i < count; ++i, ++next) {
+            const auto na = static_cast<int64_t>(next + 1) * 1000;
             into[i] = period_sample{};
             into[i].current_na = na, into[i].voltage_uv = 2'000'000, into[i].power_nw = 2 * na;
             into[i].min_na = na - 500, into[i].max_na = na + 500;
         }
     }
     clock::time_point next_ready_at() const override { return clock::now(); }
-    const std::string& failure() const override { return failure_; }
+    const std::string& failure() const override { return failed; }
     standin::sim::clip_advice clipping() const override { return {}; }
-    void finish() override { ++finishes_; }
-
-  private:
-    std::vector<step> script_;
-    size_t at_ = 0;
-    uint64_t next_ = 0;
-    bool averages_;
-    std::string failure_after_;
-    std::string failure_;
-    int& finishes_;
-    std::function<void()> on_start_;
+    void finish() override { ++*finishes; }
 };
 
 constexpr standin::sim::probe_traits scripted_traits{
@@ -94,7 +72,7 @@ class sample_source_test : public testing::Test {
 
     // With a duration, zelno's stop at the limit comes as the run starts:
     // within the last moments of a short duration, it ends nothing early.
-    std::unique_ptr<standin::sim::capture> make(std::vector<scripted_source::step> script,
+    std::unique_ptr<standin::sim::capture> make(std::vector<sample_source::ready_periods> script,
                                                 bool averages = false, std::string failure = "",
                                                 int64_t max_bytes = 0) {
         auto settings = standin::sim::check_capture_settings(
@@ -102,17 +80,15 @@ class sample_source_test : public testing::Test {
             error_);
         EXPECT_TRUE(settings) << error_;
         settings->max_bytes = max_bytes > 0 ? max_bytes : settings->max_bytes;
-        std::function<void()> stop_at_start;
+        auto source = std::make_unique<scripted_source>();
+        source->script = std::move(script), source->averaging = averages;
+        source->failure_after = std::move(failure), source->finishes = &finishes_;
         if (options_.duration > 0) {
-            stop_at_start = [this] { made_->stop(); };
+            source->on_start = [this] { made_->stop(); };
         }
-        made_ = standin::sim::capture::create(std::move(*settings),
-                                              std::make_unique<scripted_source>(
-                                                  std::move(script), averages, std::move(failure),
-                                                  finishes_, std::move(stop_at_start)),
-                                              error_)
-                    .release();
-        return std::unique_ptr<standin::sim::capture>(made_);
+        auto made = standin::sim::capture::create(std::move(*settings), std::move(source), error_);
+        made_ = made.get();
+        return made;
     }
 
     standin_test::scratch_dir dir_;
@@ -132,12 +108,10 @@ TEST_F(sample_source_test, gaps_averages_a_late_trigger_and_a_failure_end_as_the
     struct row {
         const char* what;
         int32_t duration;  // ms at 1000 periods/s.
-        std::vector<scripted_source::step> script;
+        std::vector<sample_source::ready_periods> script;
         bool averages;
-        const char* failure;
-        int result;
-        const char* file;    // Without the header.
-        const char* errors;  // After "wattscope: ".
+        std::string failure;  // At the end of the script; the capture's error line.
+        const char* file;     // Without the header.
         const char* summary;
     };
     const row rows[] = {
@@ -146,11 +120,9 @@ TEST_F(sample_source_test, gaps_averages_a_late_trigger_and_a_failure_end_as_the
          {{0, 2}, {1, 1}},
          false,
          "",
-         0,
          "0,0.000,0.000001000,2.000000,0.000002000,0.000000002,0\n"
          "1,0.001,0.000002000,2.000000,0.000004000,0.000000006,0\n"
          "3,0.003,0.000004000,2.000000,0.000008000,0.000000014,0\n",
-         "",
          "3 samples in 0.004 s (duration reached), mean 2.333 uA, peak 4.000 uA, charge 7.000 nC, "
          "energy 14.00 nJ, 1 dropped"},
         {"averaged periods carry their least and most",
@@ -158,27 +130,21 @@ TEST_F(sample_source_test, gaps_averages_a_late_trigger_and_a_failure_end_as_the
          {{0, 1}},
          true,
          "",
-         0,
          "0,0.000,0.000001000,2.000000,0.000002000,0.000000002,0,0.000000500,0.000001500\n",
-         "",
          "1 samples in 0.001 s (duration reached)"},
         {"the duration counts from the first period after the trigger",
          100,
          {{0, 0}, {0, 0}, {0, 60}, {10, 60}, {0, 0}},
          false,
          "",
-         0,
          nullptr,
-         "",
          "90 samples in 0.100 s (duration reached), mean 48.83 uA, peak 100.0 uA"},
         {"a failing source ends the capture and keeps its rows",
          0,
          {{0, 1}, {0, 0}},
          false,
          "the PPK2 is gone",
-         -1,
          "0,0.000,0.000001000,2.000000,0.000002000,0.000000002,0\n",
-         "the PPK2 is gone\n",
          "1 samples in 0.001 s (probe error)"},
     };
     for (const row& r : rows) {
@@ -187,7 +153,7 @@ TEST_F(sample_source_test, gaps_averages_a_late_trigger_and_a_failure_end_as_the
         options_.duration = r.duration;
         auto c = make(r.script, r.averages, r.failure);
         ASSERT_NE(c, nullptr) << error_;
-        EXPECT_EQ(c->run(out_, errors_), r.result);
+        EXPECT_EQ(c->run(out_, errors_), r.failure.empty() ? 0 : -1);
         c.reset();
         const std::string text = standin_test::read_file(output_);
         const std::string header = r.averages ? "sample,time_s,current_A,voltage_V,power_W,"
@@ -202,7 +168,7 @@ TEST_F(sample_source_test, gaps_averages_a_late_trigger_and_a_failure_end_as_the
             EXPECT_EQ(text.find("\n60,"), std::string::npos);
             EXPECT_NE(text.find("\n99,0.099,"), std::string::npos);
         }
-        EXPECT_EQ(errors_.str(), r.errors[0] == 0 ? "" : "wattscope: " + std::string(r.errors));
+        EXPECT_EQ(errors_.str(), r.failure.empty() ? "" : "wattscope: " + r.failure + "\n");
         EXPECT_EQ(out_.str().rfind("wattscope: " + output_ + ": " + r.summary, 0), 0u)
             << out_.str();
         EXPECT_EQ(finishes_, 1);
@@ -256,8 +222,9 @@ TEST(production_test_on_a_source, an_unmeasured_voltage_and_unmarked_modes_are_e
         options,
         [&](std::string_view, const standin::sim::source_request& request, std::string&) {
             EXPECT_EQ(request.rate, 1000);
-            return std::make_unique<scripted_source>(std::vector<scripted_source::step>{{0, 10}},
-                                                     true, "", finishes);
+            auto source = std::make_unique<scripted_source>();
+            source->script = {{0, 10}}, source->finishes = &finishes;
+            return source;
         },
         error);
     ASSERT_NE(test, nullptr) << error;
