@@ -27,7 +27,8 @@ int main(int argc, char** argv) {
     const int32_t rate = argc > 2 ? std::atoi(argv[2]) : 1000;
     const double seconds = argc > 3 ? std::atof(argv[3]) : 2.0;
     if (stream.size() < 4096 || rate < 1 || rate > probes::ppk2::device_rate) {
-        std::fprintf(stderr, "bench_ppk2_decode: need a recorded stream and a rate of 1 to 100000\n");
+        std::fprintf(stderr,
+                     "bench_ppk2_decode: need a recorded stream and a rate of 1 to 100000\n");
         return 2;
     }
     const probes::ppk2::converter convert(probes::ppk2::calibration{}, 3.3);
@@ -54,10 +55,11 @@ int main(int argc, char** argv) {
         }
     }
     const double took = elapsed();
-    std::printf("decoder and averager at %d/s: %.1f ns per device sample, %.2f%% of a core at "
-                "100000 samples/s (%llu samples, %llu rows)\n",
-                rate, took * 1e9 / static_cast<double>(decoded),
-                took * 1e5 * 100 / static_cast<double>(decoded),
-                static_cast<unsigned long long>(decoded), static_cast<unsigned long long>(made));
+    std::printf(
+        "decoder and averager at %d/s: %.1f ns per device sample, %.2f%% of a core at "
+        "100000 samples/s (%llu samples, %llu rows)\n",
+        rate, took * 1e9 / static_cast<double>(decoded),
+        took * 1e5 * 100 / static_cast<double>(decoded), static_cast<unsigned long long>(decoded),
+        static_cast<unsigned long long>(made));
     return 0;
 }

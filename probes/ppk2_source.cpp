@@ -79,10 +79,9 @@ class ppk2_source final : public sample_source {
 
     void start(clock::time_point now) override {
         last_poll_ = now;
-        const bool powered =
-            request_.board.powered_by_probe
-                ? session_->power_source(static_cast<int32_t>(voltage_uv_ / 1000))
-                : session_->power_through();
+        const bool powered = request_.board.powered_by_probe
+                                 ? session_->power_source(static_cast<int32_t>(voltage_uv_ / 1000))
+                                 : session_->power_through();
         if (!powered || !session_->start()) {
             fail(session_->error());
             return;
@@ -179,21 +178,19 @@ class ppk2_source final : public sample_source {
         return (fw >= 0 ? fw + 500'000 : fw - 500'000) / 1'000'000;
     }
 
-    void fail(const std::string& why) {
-        failure_ = "the PPK2 stopped answering: " + why;
-    }
+    void fail(const std::string& why) { failure_ = "the PPK2 stopped answering: " + why; }
 
     std::unique_ptr<probes::byte_port> port_;
     std::unique_ptr<ppk2::session> session_;  // Over *port_; both the use case thread's.
     const std::string name_;
     const source_request request_;
-    const int64_t voltage_uv_;  // What the voltage column holds: not measured.
+    const int64_t voltage_uv_;              // What the voltage column holds: not measured.
     std::unique_ptr<ppk2::reader> reader_;  // Its own thread reads *port_.
     std::optional<ppk2::averager> averager_;
     std::vector<ppk2::device_sample> samples_;
     std::vector<ppk2::period> periods_;  // Made and not yet handed over, from head_.
     size_t head_ = 0;
-    uint64_t handed_ = 0;  // Periods lost or taken.
+    uint64_t handed_ = 0;        // Periods lost or taken.
     uint64_t lost_samples_ = 0;  // Device samples lost up to the last period taken.
     clock::time_point last_poll_{};
     std::string failure_;

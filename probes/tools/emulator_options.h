@@ -34,7 +34,7 @@ struct options {
     std::optional<std::string> command_log;
     std::optional<std::string> record;
     uint64_t report_samples = UINT64_MAX;  // The report sums the stream's first this many.
-    std::vector<logic_step> logic;  // Repeats; empty: all inputs low.
+    std::vector<logic_step> logic;         // Repeats; empty: all inputs low.
     std::optional<int> rise_input;
     int64_t rise_at_ms = 0;
     std::vector<lose_fault> lose;

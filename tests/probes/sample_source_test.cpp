@@ -252,8 +252,7 @@ TEST(probe_choice, the_device_word_picks_the_source_and_its_limits) {
     };
     const row rows[] = {
         {"sim", 10'000'000, "ws+", 1, "", ""},
-        {"ppk2:no-such-port", 100'000, "ws", 0, "",
-         "can't open the port 'no-such-port': "},
+        {"ppk2:no-such-port", 100'000, "ws", 0, "", "can't open the port 'no-such-port': "},
         {"ppk2:COM5", 1, "ws", 1, "trigger_input D7\n", "can't open the port 'COM5': "},
         {"ppk2", 100'001, "ws", 0, "",
          "sample rate 100001 is out of range; use 1 to 100000 samples per second"},
