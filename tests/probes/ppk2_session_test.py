@@ -47,8 +47,9 @@ class Emulator:
             return {k: float(v) for k, v in (line.split() for line in f)}
 
 
-def zelno(folder, lines, interrupt_when=None):
-    """Runs the lines; with `interrupt_when`, sends SIGINT once it is true."""
+def zelno(folder, lines, interrupt_when=None, then=None):
+    """Runs the lines; with `interrupt_when`, once it is true, calls `then`
+    (by default sends zelno SIGINT)."""
     process = subprocess.Popen([ZELNO, "--script", "-"], cwd=folder, stdin=subprocess.PIPE,
                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
     if interrupt_when:
@@ -58,7 +59,7 @@ def zelno(folder, lines, interrupt_when=None):
         while not interrupt_when():
             assert time.monotonic() < deadline, "the capture never began"
             time.sleep(0.05)
-        process.send_signal(signal.SIGINT)
+        (then or (lambda: process.send_signal(signal.SIGINT)))()
         lines = ""
     out, err = process.communicate(lines, timeout=HANG)
     return process.returncode, out, err
@@ -151,6 +152,20 @@ def test_the_probe_powers_the_target_only_while_measuring(folder):
     # The trigger: the first row holds the edge, when the target wakes.
     first = rows(folder, "t.csv")[0]
     assert float(first[8]) > 1e-3 > float(first[7]), first
+
+
+def test_a_ppk2_unplugged_ends_the_capture_and_keeps_its_rows(folder):
+    emulator = Emulator(folder, BOARD)
+    csv = os.path.join(folder, "u.csv")
+    code, out, err = zelno(folder, connect(emulator.port) + "wattscope -o u.csv -s 1000 ws\n",
+                           interrupt_when=lambda: os.path.exists(csv) and os.path.getsize(csv) > 2000,
+                           then=emulator.stop)
+    assert (code, err) == (2, "wattscope: note: u.csv keeps the last 2000 s of samples (range lo); "
+                           "--saveall keeps them all\nwattscope: the PPK2 stopped answering: "
+                           f"the port '{emulator.port}' is gone\n"), (code, err)
+    count = int(re.fullmatch(r"wattscope: u.csv: (\d+) samples in \S+ s \(probe error\), .*\n",
+                             out).group(1))
+    assert len(rows(folder, "u.csv")) == count > 0
 
 
 def test_prodtest_measures_what_a_ppk2_can(folder):
