@@ -5,7 +5,6 @@ Usage: /usr/bin/python3 discovery_test.py LIST_USB_SERIAL ZELNO EMULATOR BOARD;
 77 is a skip."""
 
 import os
-import select
 import subprocess
 import sys
 import unittest
@@ -56,9 +55,8 @@ class Discovery(unittest.TestCase):
 
     def test_lists_the_matching_ports(self):
         ppk2 = ("1915", "c00a")
+        # One PPK2, and its port carrying bytes, are zelno's case below.
         cases = [  # name, devices (serial, interfaces[, udevd]), IDs asked, expected
-            ("one", [("A1", (0,))], ppk2, ["/dev/ttyACM2 A1 0"]),
-            ("one, no udevd", [("A1", (0,), False)], ppk2, ["/dev/ttyACM2 A1 0"]),
             ("two", [("B2", (0,)), ("A1", (0,))], ppk2, ["/dev/ttyACM4 A1 0", "/dev/ttyACM2 B2 0"]),
             ("two interfaces", [("A1", (0, 2))], ppk2, ["/dev/ttyACM2 A1 0", "/dev/ttyACM3 A1 2"]),
             ("two interfaces, no udevd", [("A1", (0, 2), False)], ppk2,
@@ -72,19 +70,6 @@ class Discovery(unittest.TestCase):
                     add_ppk2(self.testbed, number, *device)
                 out, err = self.run_in_testbed(*ids).communicate(timeout=60)
                 self.assertEqual((out.decode().splitlines(), err), (expected, b""))
-
-    def test_the_port_found_carries_bytes(self):
-        self.new_testbed()
-        node = add_ppk2(self.testbed, 1, "A1")[0]
-        master = self.testbed.get_dev_fd(node)
-        program = self.run_in_testbed("--echo", node)
-        self.assertEqual(program.stdout.readline(), b"open\n")
-        os.write(master, b"\x00\x19\r\xff\n")
-        reply = b""
-        while not reply.endswith(b"\n") and select.select([master], [], [], 30)[0]:
-            reply += os.read(master, 64)
-        self.assertEqual(reply, b"echo:\x00\x19\r\xff\n")
-        self.assertEqual(program.wait(timeout=60), 0)
 
     def test_zelno_finds_the_one_ppk2_attached(self):
         connect = f"connect --device ppk2 --config {BOARD} hosted\n"

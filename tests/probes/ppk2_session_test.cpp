@@ -1,4 +1,6 @@
-// A session and a reader against a scripted PPK2 on a fake port.
+// A session and a reader against a scripted PPK2 on a fake port: what the
+// emulator can't do (stale replies, failing writes, a full ring, a port that
+// breaks or stays silent while a read waits).
 
 #include <gtest/gtest.h>
 
@@ -14,11 +16,10 @@ namespace {
 using namespace probes::ppk2;
 using namespace std::chrono_literals;
 
-// Answers each GetMetadata with the next of `replies`, and gives what
-// arrived in reads of at most `chunk` bytes; reads fail once `broken` and
-// all is read, and the next `failing_writes` writes fail.
+// Answers each GetMetadata with the next of `replies`; reads fail once
+// `broken` and all is read, and the next `failing_writes` writes fail.
 struct fake_port : probes::byte_port {
-    explicit fake_port(std::vector<std::string> r = {}, size_t c = 4096) : replies(r), chunk(c) {}
+    explicit fake_port(std::vector<std::string> r = {}) : replies(r) {}
 
     std::ptrdiff_t read(void* into, size_t size, int timeout_ms) override {
         std::unique_lock<std::mutex> lock(mutex);
@@ -27,7 +28,7 @@ struct fake_port : probes::byte_port {
         if (interrupted || incoming.empty()) {
             return interrupted || !broken ? 0 : -1;
         }
-        const size_t n = std::min({size, chunk, incoming.size()});
+        const size_t n = std::min(size, incoming.size());
         incoming.copy(static_cast<char*>(into), n);
         incoming.erase(0, n);
         return static_cast<std::ptrdiff_t>(n);
@@ -58,7 +59,7 @@ struct fake_port : probes::byte_port {
     std::mutex mutex;  // Guards everything: the test's thread and the reader's use it.
     std::condition_variable changed;
     std::vector<std::string> replies;
-    size_t asked = 0, chunk;
+    size_t asked = 0;
     std::string incoming;
     std::vector<uint8_t> written;
     int failing_writes = 0;
@@ -77,14 +78,6 @@ TEST(ppk2_session, commands_in_order) {
         std::vector<uint8_t> written;  // The session's destructor included.
         std::string error;             // Empty when `use` succeeds.
     } rows[] = {
-        {"source mode",
-         {good_reply},
-         [](session& s, fake_port&) {
-             return s.open() && s.power_source(3300) && s.regulator_volts() == 3.3 && s.start() &&
-                    s.stop() && s.stop();
-         },
-         {0x07, 0x19, 0x11, 2, 0x0d, 0x0c, 0xe4, 0x0c, 1, 0x06, 0x07, 0x0c, 0},
-         ""},
         {"ampere mode leaves the path closed",
          {good_reply},
          [](session& s, fake_port&) {
@@ -104,11 +97,6 @@ TEST(ppk2_session, commands_in_order) {
          {0x07, 0x19, 0x07, 0x19, 0x07, 0x19, 0x07},
          "no readable metadata from the device in 3 tries: its data does not stop, or it is not a "
          "PPK2"},
-        {"silence",
-         {},
-         [](session& s, fake_port&) { return s.open(); },
-         {0x07, 0x19},
-         "no metadata from the device within 200 ms: not a PPK2, or not its data port"},
         {"voltage out of range",
          {good_reply},
          [](session& s, fake_port&) { return s.open() && s.power_source(5001); },
@@ -117,7 +105,7 @@ TEST(ppk2_session, commands_in_order) {
         {"a failed start still ends with the target off",
          {good_reply},
          [](session& s, fake_port& p) {
-             const bool ok = s.open() && s.power_source(1800);
+             const bool ok = s.open() && s.power_source(1800) && s.regulator_volts() == 1.8;
              p.failing_writes = 1;
              return ok && s.start();
          },
@@ -166,18 +154,6 @@ std::vector<device_sample> take_all(reader& r, size_t count) {
         r.take(got, count - got.size(), 5s);
     }
     return got;
-}
-
-TEST(ppk2_reader, keeps_up_with_a_fast_port) {
-    fake_port port({}, 3001);  // reads that cut words anywhere
-    port.incoming = words(100000);
-    reader r(port, identity);
-    const auto got = take_all(r, 100000);
-    ASSERT_EQ(got.size(), 100000u);
-    for (size_t i = 0; i < got.size(); i += 997) {
-        EXPECT_EQ(got[i].current + got[i].lost_before, 10 + i % 1000);
-    }
-    EXPECT_EQ(r.overflowed() + r.totals().lost, 0u);
 }
 
 TEST(ppk2_reader, a_slow_consumer_loses_counted_samples) {

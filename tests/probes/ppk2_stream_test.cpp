@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 
@@ -47,24 +48,18 @@ std::vector<device_sample> decode(const std::vector<bytes>& chunks, decoder_tota
     return out;
 }
 
-TEST(ppk2_stream, any_chunking_gives_the_same_samples) {
+// Reads cut words anywhere; end to end, only a slip moves the cuts.
+TEST(ppk2_stream, any_cut_gives_the_same_samples) {
     const bytes b = stream(40, 50);  // the counter wraps at 64
-    const auto whole = decode({b});
-    ASSERT_EQ(whole.size(), 40u);
-    for (size_t i = 0; i < whole.size(); ++i) {
-        EXPECT_EQ(whole[i].current, 10.0 + i);
-        EXPECT_EQ(std::pair(whole[i].lost_before, whole[i].logic), std::pair(0u, uint8_t{0x5a}));
-    }
-    std::vector<bytes> bytewise;
     for (size_t cut = 0; cut <= b.size(); ++cut) {
         const auto parts = decode({{b.begin(), b.begin() + cut}, {b.begin() + cut, b.end()}});
         ASSERT_EQ(parts.size(), 40u) << "cut at " << cut;
-        EXPECT_EQ(parts.back().current, whole.back().current) << "cut at " << cut;
-        bytewise.push_back({b.begin() + cut, b.begin() + std::min(cut + 1, b.size())});
+        const size_t at = std::min<size_t>(cut / 4, 39);  // The word the cut split.
+        EXPECT_EQ(parts[at].current, 10.0 + double(at)) << "cut at " << cut;
     }
-    EXPECT_EQ(decode(bytewise).size(), 40u);
 }
 
+// A loss and a slip are counted end to end; these damages are not.
 TEST(ppk2_stream, losses_and_slips_are_counted_exactly) {
     const struct {
         const char* name;
@@ -74,14 +69,6 @@ TEST(ppk2_stream, losses_and_slips_are_counted_exactly) {
         size_t at;  // A sample that carries a loss, and how much.
         uint32_t lost_at;
     } rows[] = {
-        {"5 lost", [](bytes& b) { b.erase(b.begin() + 80, b.begin() + 100); }, 35, 5, 0, 0, 20, 5},
-        {"two runs of gaps",
-         [](bytes& b) {
-             b.erase(b.begin() + 80, b.begin() + 92);
-             b.erase(b.begin() + 40, b.begin() + 48);
-         },
-         35, 5, 0, 0, 10, 2},
-        {"a byte slipped", [](bytes& b) { b.erase(b.begin() + 81); }, 39, 1, 3, 1, 20, 1},
         {"a byte too many", [](bytes& b) { b.insert(b.begin() + 80, 0x77); }, 40, 0, 1, 1, 20, 0},
         {"a counter hit", [](bytes& b) { b[82] ^= 0x40; }, 39, 1, 4, 1, 20, 1},
         {"stale bytes first",
@@ -108,16 +95,15 @@ TEST(ppk2_stream, losses_and_slips_are_counted_exactly) {
     }
 }
 
-// Worked out by hand: averages 0.18 and 0.06 of the values before. The
-// top range's full scale is clipped, in range 4 and in the codes above it.
+// Worked out by hand: the top range's 0.06 average of the values before
+// (the lower ranges' 0.18 is compared with the emulator's end to end). Its
+// full scale is clipped, in range 4 and in the codes above it.
 TEST(ppk2_stream, range_switches_and_clipping) {
     const struct {
         uint8_t to_range;
         uint16_t adc;
         std::vector<double> currents;
     } rows[] = {
-        // 0.18 * 200 + 0.82 * 100 = 118; then 132.76, 144.8632; then raw.
-        {1, 200, {100, 100, 118, 132.76, 144.8632, 200}},
         // The averages from before hold for 2 samples; then 0.06 * 1000 + 0.94 * 100.
         {4, 1000, {100, 100, 100, 100, 154, 1000}},
         {3, 0x3fff, {}},
@@ -163,19 +149,6 @@ TEST(ppk2_averager, periods) {
         std::map<uint64_t, uint32_t> lost;
         std::vector<figures> periods;
     } rows[] = {
-        {"every sample", 100000, 2, {}, {{0, 1, 0, 0, 0, 0}, {1, 1, 0, 1, 1, 1}}},
-        {"1000 a second, the third still open",
-         1000,
-         250,
-         {},
-         {{0, 100, 0, 49.5, 0, 99}, {1, 100, 0, 149.5, 100, 199}}},
-        {"3 a second",
-         3,
-         100000,
-         {},
-         {{0, 33333, 0, 16666, 0, 33332},
-          {1, 33333, 0, 49999, 33333, 66665},
-          {2, 33334, 0, 83332.5, 66666, 99999}}},
         {"30000 a second: 3, 3, 4",
          30000,
          10,

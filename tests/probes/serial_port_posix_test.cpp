@@ -70,12 +70,9 @@ TEST_F(SerialPort, CarriesEveryByteValueUnchangedBothWays) {
     EXPECT_EQ(bytes(got.begin(), got.begin() + static_cast<std::ptrdiff_t>(size)), all);
 }
 
-TEST_F(SerialPort, ReadTimesOutAndInterruptWakesABlockedOneAndEveryLaterOne) {
+// A read's timeout is seen end to end, on a terminal where no PPK2 answers.
+TEST_F(SerialPort, InterruptWakesABlockedReadAndEveryLaterOne) {
     char byte;
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(port->read(&byte, 1, 100), 0);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
-
     std::ptrdiff_t result = -2;
     std::thread reader([&] { result = port->read(&byte, 1, -1); });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
@@ -101,7 +98,8 @@ TEST_F(SerialPort, AWriteNobodyTakesFailsInsteadOfHanging) {
     EXPECT_EQ(port->error(), "can't write to the port '" + path + "': the device takes no data");
 }
 
-TEST_F(SerialPort, RefusesWhatIsNoTerminalOrInUse) {
+// /dev/null and a port in use are refused end to end.
+TEST_F(SerialPort, RefusesWhatIsNoTerminal) {
     const auto folder =
         std::filesystem::temp_directory_path() / ("serial_refusals_" + std::to_string(::getpid()));
     std::filesystem::create_directories(folder);
@@ -115,8 +113,6 @@ TEST_F(SerialPort, RefusesWhatIsNoTerminalOrInUse) {
         {fifo, "it is a FIFO, not a serial port"},
         {(folder / "ttyACM9").string(), "No such file or directory"},
         {"", "No such file or directory"},
-        {"/dev/null", "it is not a terminal device"},
-        {path, "it is already in use"},
     };
     for (const auto& [name, reason] : cases) {
         std::string error;
