@@ -240,7 +240,8 @@ TEST(production_test_on_a_source, an_unmeasured_voltage_and_unmarked_modes_are_e
 }
 
 // The device word picks the source, and the source's kind what options it
-// takes; every refusal is one line from create.
+// takes (the PPK2's refusals end to end: e2e/session/ppk2_device.t); every
+// refusal is one line from create.
 TEST(probe_choice, the_device_word_picks_the_source_and_its_limits) {
     struct row {
         const char* device;
@@ -254,11 +255,6 @@ TEST(probe_choice, the_device_word_picks_the_source_and_its_limits) {
         {"sim", 10'000'000, "ws+", 1, "", ""},
         {"ppk2:no-such-port", 100'000, "ws", 0, "", "can't open the port 'no-such-port': "},
         {"ppk2:COM5", 1, "ws", 1, "trigger_input D7\n", "can't open the port 'COM5': "},
-        {"ppk2", 100'001, "ws", 0, "",
-         "sample rate 100001 is out of range; use 1 to 100000 samples per second"},
-        {"ppk2", 2000, "ws+", 0, "",
-         "trace mode ws+ needs program counters, which a PPK2 does not sample; use ws"},
-        {"ppk2", 2000, "ws", 1, "", "wires none (no trigger_input)"},
         {"ppk2:", 2000, "ws", 0, "", "unknown device 'ppk2:'; the probe simulator answers to"},
         {"PPK2", 2000, "ws", 0, "", "unknown device 'PPK2'"},
     };
