@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/engineering.h"
 #include "ppk2/averager.h"
 #include "ppk2/protocol.h"
 #include "ppk2/reader.h"
@@ -70,7 +71,7 @@ class ppk2_source final : public sample_source {
         period_sample most;
         most.current_na = most.min_na = most.max_na = ppk2_full_scale_na;
         most.voltage_uv = voltage_uv_;
-        most.power_nw = power_nw(ppk2_full_scale_na);
+        most.power_nw = power_nw(ppk2_full_scale_na, voltage_uv_);
         most.clipped = true;
         // An offset can make a small current read below zero: a minus sign
         // on the current, its least and most, and the power.
@@ -147,7 +148,7 @@ class ppk2_source final : public sample_source {
                 s.max_na = std::llround(p.max * 1e9);
             }
             s.voltage_uv = voltage_uv_;
-            s.power_nw = power_nw(s.current_na);
+            s.power_nw = power_nw(s.current_na, voltage_uv_);
             s.clipped = p.clipped;
             lost_samples_ += p.lost;
         }
@@ -172,12 +173,6 @@ class ppk2_source final : public sample_source {
     }
 
   private:
-    int64_t power_nw(int64_t current_na) const {
-        // nA * uV is fW; rounded half away from zero.
-        const int64_t fw = current_na * voltage_uv_;
-        return (fw >= 0 ? fw + 500'000 : fw - 500'000) / 1'000'000;
-    }
-
     void fail(const std::string& why) { failure_ = "the PPK2 stopped answering: " + why; }
 
     std::unique_ptr<probes::byte_port> port_;

@@ -195,12 +195,15 @@ std::unique_ptr<byte_port> open_serial_port(const std::string& name, std::string
         error = refusal + (name.empty() ? "there is no such port" : open_failure(GetLastError()));
         return nullptr;
     }
+    auto refuse = [&](const std::string& reason) -> std::unique_ptr<byte_port> {
+        CloseHandle(port);
+        error = refusal + reason;
+        return nullptr;
+    };
     DCB settings{};
     settings.DCBlength = sizeof settings;
     if (GetFileType(port) != FILE_TYPE_CHAR || !GetCommState(port, &settings)) {
-        CloseHandle(port);
-        error = refusal + "it is not a serial port";
-        return nullptr;
+        return refuse("it is not a serial port");
     }
     // 8N1 with no flow control and no character translation; the baud rate
     // stays as it is, which USB instruments ignore.
@@ -223,10 +226,7 @@ std::unique_ptr<byte_port> open_serial_port(const std::string& name, std::string
         settings.BaudRate = CBR_115200;
     }
     if (!SetCommState(port, &settings)) {
-        const DWORD code = GetLastError();
-        CloseHandle(port);
-        error = refusal + system_text(code);
-        return nullptr;
+        return refuse(system_text(GetLastError()));
     }
     // Until the first read sets its own: reads wait a second at most, and a
     // write that the device doesn't take ends with a failure.
@@ -236,10 +236,7 @@ std::unique_ptr<byte_port> open_serial_port(const std::string& name, std::string
     timeouts.ReadTotalTimeoutConstant = initial_read_timeout_ms;
     timeouts.WriteTotalTimeoutConstant = serial_write_limit_ms;
     if (!SetCommTimeouts(port, &timeouts)) {
-        const DWORD code = GetLastError();
-        CloseHandle(port);
-        error = refusal + system_text(code);
-        return nullptr;
+        return refuse(system_text(GetLastError()));
     }
     const HANDLE wake = CreateEventA(nullptr, TRUE, FALSE, nullptr);
     const HANDLE read_done = CreateEventA(nullptr, TRUE, FALSE, nullptr);

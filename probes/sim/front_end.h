@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "common/board.h"
+#include "engine/engineering.h"
 #include "sim/probe.h"
 
 namespace standin::sim {
@@ -79,10 +80,7 @@ class front_end {
         // with that bound the products below stay under 10^17.
         const int64_t drop_uv = (true_na * source_mohm_ + 500'000) / 1'000'000;
         const int64_t voltage_uv = drop_uv < supply_uv_ ? supply_uv_ - drop_uv : 0;
-        // nA * uV is fW.
-        const int64_t fw = na * voltage_uv;
-        const int64_t power_nw = (fw >= 0 ? fw + 500'000 : fw - 500'000) / 1'000'000;
-        return {na, voltage_uv, power_nw, clipped};
+        return {na, voltage_uv, power_nw(na, voltage_uv), clipped};
     }
 
     noise_source& noise() { return noise_; }
