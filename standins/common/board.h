@@ -33,6 +33,13 @@ struct operating_mode {
     std::vector<mode_code> code;  // Shares add up to 10000, or the list is empty.
 };
 
+// A code the firmware writes on the probe's logic inputs D0-D7 while a
+// function or mode of the board runs; 0 is no mark.
+struct code_marker {
+    uint32_t code = 0;  // 1 to 255.
+    std::string name;   // A function or a mode of the board.
+};
+
 struct board_model {
     std::string target;
     int64_t supply_uv = 0;
@@ -46,6 +53,7 @@ struct board_model {
     std::optional<uint32_t> trigger_input;  // The probe's logic input D<n> that starts a capture.
     std::vector<operating_mode> modes;      // In cycle order; the cycle repeats.
     std::vector<code_region> functions;
+    std::vector<code_marker> markers;
 
     int64_t cycle_us() const;
 };
@@ -60,5 +68,6 @@ inline constexpr size_t max_modes = 64;
 inline constexpr int64_t min_probe_supply_uv = 800'000;
 inline constexpr int64_t max_probe_supply_uv = 5'000'000;
 inline constexpr uint32_t logic_inputs = 8;
+inline constexpr uint32_t max_marker_code = (1u << logic_inputs) - 1;
 
 }  // namespace standin

@@ -1,5 +1,6 @@
 #include "common/board_file.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <set>
 #include <unordered_map>
@@ -116,6 +117,8 @@ class board_reader {
             read_mode(words);
         } else if (key == "function") {
             read_function(words);
+        } else if (key == "marker") {
+            read_marker(words);
         } else if (key == "board") {
             fail("'board' belongs on the first line only");
         } else {
@@ -183,6 +186,41 @@ class board_reader {
         board_.functions.push_back(std::move(region));
     }
 
+    void read_marker(const std::vector<std::string_view>& words) {
+        expect_words(words, 3, "marker <code> <name>");
+        code_marker marker;
+        marker.code =
+            static_cast<uint32_t>(whole_number(words[1], "a marker's code", 1, max_marker_code));
+        marker.name = words[2];
+        for (const code_marker& other : board_.markers) {
+            if (other.code == marker.code) {
+                fail("marker " + std::to_string(marker.code) + " is given twice");
+            }
+        }
+        marker_lines_.push_back(line_);
+        board_.markers.push_back(std::move(marker));
+    }
+
+    // A marker names a function or a mode; the trigger input carries no code.
+    void check_markers() const {
+        for (size_t i = 0; i < board_.markers.size(); ++i) {
+            const code_marker& marker = board_.markers[i];
+            const bool is_mode =
+                std::any_of(board_.modes.begin(), board_.modes.end(),
+                            [&](const operating_mode& mode) { return mode.name == marker.name; });
+            if (!is_mode && function_at_.count(marker.name) == 0) {
+                fail_at(file_, marker_lines_[i],
+                        "marker " + std::to_string(marker.code) + " names '" + marker.name +
+                            "', which is neither a function nor a mode of the board");
+            }
+            if (board_.trigger_input && (marker.code >> *board_.trigger_input & 1u) != 0) {
+                fail_at(file_, marker_lines_[i],
+                        "marker " + std::to_string(marker.code) + " sets D" +
+                            std::to_string(*board_.trigger_input) + ", which is the trigger input");
+            }
+        }
+    }
+
     void finish() {
         for (std::string_view key : {"target", "supply_uv"}) {
             if (seen_.count(std::string(key)) == 0) {
@@ -209,6 +247,7 @@ class board_reader {
                 code.region = found->second;
             }
         }
+        check_markers();
     }
 
     std::string_view file_;
@@ -217,6 +256,7 @@ class board_reader {
     std::set<std::string> seen_;
     std::vector<int> mode_lines_;  // Line of each mode, for a late complaint.
     int powered_line_ = 0;
+    std::vector<int> marker_lines_;
     // Index of each function by name: a file may hold many thousands.
     std::unordered_map<std::string, size_t> function_at_;
 };
@@ -280,6 +320,9 @@ std::string render_board(const board_model& board, std::string_view source) {
     for (const code_region& region : board.functions) {
         out += "function " + region.name + " " + hex_address(region.start) + " " +
                hex_address(region.end) + "\n";
+    }
+    for (const code_marker& marker : board.markers) {
+        out += "marker " + std::to_string(marker.code) + " " + marker.name + "\n";
     }
     return out;
 }

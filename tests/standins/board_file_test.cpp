@@ -12,7 +12,8 @@ using standin::parse_board;
 TEST(board_file, finds_functions_defined_below_and_renders_what_reads_back_the_same) {
     const standin::board_model board = parse_board(standin_test::plain_board, "plain.dat");
     EXPECT_EQ(board.modes.at(1).code.at(1).region, 2u);
-    for (const char* extra : {"", "powered_by probe\ntrigger_input D0\n"}) {
+    for (const char* extra :
+         {"", "powered_by probe\ntrigger_input D0\nmarker 2 work\nmarker 254 idle\n"}) {
         const std::string text = standin::render_board(
             parse_board(standin_test::plain_board + std::string(extra), "p"), "plain.tgcfg");
         EXPECT_EQ(standin::render_board(parse_board(text, "again.dat"), "plain.tgcfg"), text);
@@ -44,7 +45,13 @@ TEST(board_file, malformed_files_are_refused_with_file_and_line) {
         {"board 1\ntarget t\npowered_by probe\nsupply_uv 700000\nmode a 1 1\n",
          "3: powered_by probe needs a supply_uv from 800000 to 5000000"},
         {head + "powered_by probe\nmode a 1 1\npowered_by external\n",
-         "6: powered_by is given twice"}};
+         "6: powered_by is given twice"},
+        {head + "marker 0 a\n", "4: a marker's code must be a whole number from 1 to 255"},
+        {head + "mode a 1 1\nmarker 3 a\nmarker 3 a\n", "6: marker 3 is given twice"},
+        {head + "marker 3 radio\nmode a 1 1\n",
+         "4: marker 3 names 'radio', which is neither a function nor a mode of the board"},
+        {head + "trigger_input D1\nmarker 3 a\nmode a 1 1\n",
+         "5: marker 3 sets D1, which is the trigger input"}};
     for (const auto& [content, message] : cases) {
         try {
             parse_board(content, "b.dat");
