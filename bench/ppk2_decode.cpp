@@ -34,6 +34,7 @@ int main(int argc, char** argv) {
     const probes::ppk2::converter convert(probes::ppk2::calibration{}, 3.3);
     std::vector<probes::ppk2::device_sample> samples;
     std::vector<probes::ppk2::period> periods;
+    std::vector<probes::ppk2::logic_share> shares;
     uint64_t decoded = 0;
     uint64_t made = 0;
     const auto begun = std::chrono::steady_clock::now();
@@ -49,7 +50,8 @@ int main(int argc, char** argv) {
             samples.clear();
             decoder.feed(std::span(stream).subspan(at, size), samples);
             periods.clear();
-            average.add(samples, periods);
+            shares.clear();
+            average.add(samples, periods, shares);
             decoded += samples.size();
             made += periods.size();
         }

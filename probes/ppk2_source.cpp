@@ -6,12 +6,14 @@
 // process, so that a second use case naming the same PPK2 is refused at
 // create and nothing else talks to the device meanwhile.
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "engine/engineering.h"
+#include "engine/function_marks.h"
 #include "ppk2/averager.h"
 #include "ppk2/protocol.h"
 #include "ppk2/reader.h"
@@ -43,7 +45,9 @@ class ppk2_source final : public sample_source {
           request_(std::move(request)),
           voltage_uv_(request_.board.powered_by_probe
                           ? (request_.board.supply_uv + 500) / 1000 * 1000
-                          : request_.board.supply_uv) {}
+                          : request_.board.supply_uv),
+          marked_(!request_.board.markers.empty()),
+          markers_(map_markers(request_.board)) {}
 
     ~ppk2_source() override { finish(); }
 
@@ -104,7 +108,9 @@ class ppk2_source final : public sample_source {
         }
         if (head_ == periods_.size()) {
             periods_.clear();
+            logic_shares_.clear();
             head_ = 0;
+            share_head_ = 0;
             // Everything the reader has now; one poll takes at most a few
             // hundred ms of the stream.
             for (int block = 0; block < 8; ++block) {
@@ -112,7 +118,7 @@ class ppk2_source final : public sample_source {
                 if (reader_->take(samples_, samples_per_take, std::chrono::milliseconds(0)) == 0) {
                     break;
                 }
-                averager_->add(samples_, periods_);
+                averager_->add(samples_, periods_, logic_shares_);
             }
             if (head_ == periods_.size() && reader_->finished() && failure_.empty()) {
                 const std::string why = reader_->failure();
@@ -138,6 +144,7 @@ class ppk2_source final : public sample_source {
 
     void take(period_sample* into, size_t count) override {
         const bool averaged = averages();
+        shares_.clear();
         for (size_t i = 0; i < count; ++i) {
             const ppk2::period& p = periods_[head_++];
             period_sample& s = into[i];
@@ -151,9 +158,16 @@ class ppk2_source final : public sample_source {
             s.power_nw = power_nw(s.current_na, voltage_uv_);
             s.clipped = p.clipped;
             lost_samples_ += p.lost;
+            if (marked_) {
+                split_by_marks(p, s);
+            }
+            share_head_ += p.shares;
         }
         handed_ += count;
     }
+
+    std::span<const period_share> shares() const override { return shares_; }
+    bool samples_program_counters() const override { return false; }
 
     clock::time_point next_ready_at() const override { return last_poll_ + poll_period; }
     const std::string& failure() const override { return failure_; }
@@ -175,18 +189,57 @@ class ppk2_source final : public sample_source {
   private:
     void fail(const std::string& why) { failure_ = "the PPK2 stopped answering: " + why; }
 
+    // The period's device samples by what their codes name; the row names
+    // what held longest, the first of equals.
+    void split_by_marks(const ppk2::period& p, period_sample& s) {
+        const size_t first = shares_.size();
+        for (uint32_t i = 0; i < p.shares; ++i) {
+            const ppk2::logic_share& run = logic_shares_[share_head_ + i];
+            const uint8_t code = run.logic & markers_.code_inputs;
+            const uint32_t function = markers_.function[code];
+            auto share =
+                std::find_if(shares_.begin() + static_cast<ptrdiff_t>(first), shares_.end(),
+                             [&](const period_share& o) { return o.function == function; });
+            if (share == shares_.end()) {
+                shares_.push_back({function, markers_.mark[code], 0, 0, 0, 0});
+                share = shares_.end() - 1;
+            }
+            const double charge_nc = run.sum * 1e9 / ppk2::device_rate;
+            share->samples += run.samples;
+            share->seconds += static_cast<double>(run.samples) / ppk2::device_rate;
+            share->charge_nc += charge_nc;
+            share->energy_nj += charge_nc * static_cast<double>(voltage_uv_) * 1e-6;
+        }
+        const period_share* longest = nullptr;
+        for (size_t i = first; i < shares_.size(); ++i) {
+            if (longest == nullptr || shares_[i].samples > longest->samples) {
+                longest = &shares_[i];
+            }
+        }
+        if (longest != nullptr) {
+            s.function = longest->function;
+            s.mark = longest->mark;
+        }
+        s.shares = static_cast<uint32_t>(shares_.size() - first);
+    }
+
     std::unique_ptr<probes::byte_port> port_;
     std::unique_ptr<ppk2::session> session_;  // Over *port_; both the use case thread's.
     const std::string name_;
     const source_request request_;
-    const int64_t voltage_uv_;              // What the voltage column holds: not measured.
+    const int64_t voltage_uv_;  // What the voltage column holds: not measured.
+    const bool marked_;         // The board maps the firmware's marks.
+    const marker_map markers_;
     std::unique_ptr<ppk2::reader> reader_;  // Its own thread reads *port_.
     std::optional<ppk2::averager> averager_;
     std::vector<ppk2::device_sample> samples_;
     std::vector<ppk2::period> periods_;  // Made and not yet handed over, from head_.
     size_t head_ = 0;
-    uint64_t handed_ = 0;        // Periods lost or taken.
-    uint64_t lost_samples_ = 0;  // Device samples lost up to the last period taken.
+    std::vector<ppk2::logic_share> logic_shares_;  // Of periods_, from share_head_.
+    size_t share_head_ = 0;
+    std::vector<period_share> shares_;  // Of the periods of the last take().
+    uint64_t handed_ = 0;               // Periods lost or taken.
+    uint64_t lost_samples_ = 0;         // Device samples lost up to the last period taken.
     clock::time_point last_poll_{};
     std::string failure_;
 };

@@ -13,11 +13,14 @@ constexpr probe_traits simulator_traits{
     max_sample_rate,
     {{low_range.name, low_range.window_s}, {high_range.name, high_range.window_s}},
     true,
+    false,
     false};
 
 // A PPK2 streams 100000 samples/s and switches its range itself: "lo" and
-// "hi" both mean auto-ranging and keep the same window.
-constexpr probe_traits ppk2_traits{"a PPK2", 100'000, {{"lo", 2000}, {"hi", 2000}}, false, true};
+// "hi" both mean auto-ranging and keep the same window. Its logic inputs
+// carry the firmware's marks.
+constexpr probe_traits ppk2_traits{"a PPK2", 100'000, {{"lo", 2000}, {"hi", 2000}},
+                                   false,    true,    true};
 
 constexpr std::string_view ppk2_word = "ppk2";
 

@@ -6,7 +6,9 @@
 #include <thread>
 #include <unordered_map>
 
+#include "common/atomic_file.h"
 #include "common/text_input.h"
+#include "engine/function_marks.h"
 
 namespace standin::sim {
 
@@ -26,9 +28,13 @@ capture::capture(capture_settings settings, std::unique_ptr<sample_source> sourc
       layout_(make_row_layout(settings_.gnuplot, settings_.trace_plus, source_->averages(),
                               settings_.rate)),
       block_(chunk_samples) {
+    layout_.program_counters = source_->samples_program_counters();
+    if (settings_.trace_plus) {
+        attributions_ = attribution_names(settings_.board);
+    }
     size_t longest_name = 1;
-    for (const code_region& region : settings_.board.functions) {
-        longest_name = std::max(longest_name, region.name.size());
+    for (const std::string& name : attributions_) {
+        longest_name = std::max(longest_name, name.size());
     }
     row_room_ = max_row_size + longest_name;
     window_samples_ =
@@ -36,8 +42,10 @@ capture::capture(capture_settings settings, std::unique_ptr<sample_source> sourc
     window_samples_ = std::max<uint64_t>(window_samples_, 1);
     checkpoint_step_ =
         settings_.save_all ? UINT64_MAX : std::max<uint64_t>(window_samples_ / 64, 1);
-    totals_.function_energy_nj.assign(settings_.board.functions.size(), 0.0);
-    pending_.function_energy_nj = totals_.function_energy_nj;
+    if (settings_.trace_plus) {
+        totals_.functions.assign(attributions_.size() + 1, {});
+        pending_.functions = totals_.functions;
+    }
     header_ = capture_header(layout_, source_->describe(settings_.trace_plus ? "ws+" : "ws"));
 }
 
@@ -88,18 +96,35 @@ int capture::run(std::ostream& out, std::ostream& errors) {
     } else if (end == capture_end::source_error) {
         errors << "wattscope: " << source_->failure() << std::endl;
     }
+    const bool table_written = write_function_table(errors);
     out << capture_summary(settings_, totals_, source_->clipping()) << std::flush;
     switch (end) {
         case capture_end::duration:
         case capture_end::size_limit:
-            return 0;
+            return table_written ? 0 : -1;
         case capture_end::stopped:
-            return 1;
+            return table_written ? 1 : -1;
         case capture_end::write_error:
         case capture_end::source_error:
             break;
     }
     return -1;
+}
+
+// Beside a regular capture file only: a FIFO's or a device's neighbour is
+// no place for it. True unless the write failed.
+bool capture::write_function_table(std::ostream& errors) {
+    if (!settings_.trace_plus || !file_.regular() || totals_.end == capture_end::write_error) {
+        return true;
+    }
+    const std::string path = function_table_path(settings_.output);
+    std::string error;
+    if (!write_file_atomically(path, function_table_csv(attributions_, totals_.functions), error)) {
+        errors << "wattscope: " << error << std::endl;
+        return false;
+    }
+    totals_.table = path;
+    return true;
 }
 
 capture_end capture::sample_until_the_end() {
@@ -192,6 +217,8 @@ bool capture::produce(uint64_t fresh, capture_end& end) {
             }
             const auto count = static_cast<size_t>(std::min<uint64_t>(fresh, chunk_samples));
             source_->take(block_.data(), count);
+            shares_ = source_->shares();
+            share_at_ = 0;
             block_at_ = 0;
             block_end_ = count;
             fresh -= count;
@@ -207,7 +234,6 @@ bool capture::produce(uint64_t fresh, capture_end& end) {
 bool capture::write_block(capture_end& end) {
     const int64_t rate = settings_.rate;
     const double per_rate = 1.0 / static_cast<double>(rate);
-    const std::vector<code_region>& functions = settings_.board.functions;
     const size_t count = block_end_ - block_at_;
     if (!file_.has_room(count * row_room_) && !flush_rows()) {
         end = capture_end::write_error;
@@ -243,7 +269,7 @@ bool capture::write_block(capture_end& end) {
             row_end =
                 put_trace(row_end, layout_, s.pc,
                           s.function == no_function ? std::string_view("-")
-                                                    : std::string_view(functions[s.function].name));
+                                                    : std::string_view(attributions_[s.function]));
         }
         *row_end++ = '\n';
         if (static_cast<uint64_t>(row_end - begin) > room) {
@@ -258,9 +284,8 @@ bool capture::write_block(capture_end& end) {
         current_sum += s.current_na;
         clipped += s.clipped ? 1 : 0;
         pending_.peak_na = std::max(pending_.peak_na, averaged ? s.max_na : s.current_na);
-        if (s.function != no_function) {
-            pending_.function_energy_nj[s.function] +=
-                static_cast<double>(s.power_nw) / static_cast<double>(rate);
+        if (settings_.trace_plus) {
+            tally(s);
         }
         ++pending_.rows;
         ++rows_made_;
@@ -285,6 +310,24 @@ bool capture::write_block(capture_end& end) {
         }
     }
     return true;
+}
+
+// A period to what it ran, or split between what its shares ran.
+void capture::tally(const period_sample& s) {
+    const size_t unnamed = attributions_.size();
+    auto at = [&](uint32_t function) -> function_figures& {
+        return pending_.functions[function == no_function ? unnamed : function];
+    };
+    if (s.shares == 0) {
+        const auto per_rate = 1.0 / static_cast<double>(settings_.rate);
+        at(s.function) += {1, per_rate, static_cast<double>(s.current_na) * per_rate,
+                           static_cast<double>(s.power_nw) * per_rate};
+        return;
+    }
+    for (uint32_t i = 0; i < s.shares && share_at_ < shares_.size(); ++i, ++share_at_) {
+        const period_share& share = shares_[share_at_];
+        at(share.function) += {share.samples, share.seconds, share.charge_nc, share.energy_nj};
+    }
 }
 
 void capture::skip(uint64_t count) {
@@ -432,9 +475,9 @@ void capture::commit_pending() {
     totals_.current_sum_na += pending_.current_sum_na;
     totals_.clipped += pending_.clipped;
     totals_.peak_na = std::max(totals_.peak_na, pending_.peak_na);
-    for (size_t i = 0; i < pending_.function_energy_nj.size(); ++i) {
-        totals_.function_energy_nj[i] += pending_.function_energy_nj[i];
-        pending_.function_energy_nj[i] = 0;
+    for (size_t i = 0; i < pending_.functions.size(); ++i) {
+        totals_.functions[i] += pending_.functions[i];
+        pending_.functions[i] = {};
     }
     totals_.periods = next_;
     totals_.dropped = source_->lost_device_samples().value_or(next_ - totals_.rows);
@@ -452,11 +495,11 @@ void capture::commit_pending() {
 // the buffer, read back from their text; the rest of the buffer is lost.
 void capture::count_rows_that_reached_the_file(std::string_view text) {
     const char separator = layout_.separator;
-    const std::vector<code_region>& functions = settings_.board.functions;
     std::unordered_map<std::string_view, size_t> function_index;  // A board may list many.
-    for (size_t f = 0; f < functions.size(); ++f) {
-        function_index.emplace(functions[f].name, f);
+    for (size_t f = 0; f < attributions_.size(); ++f) {
+        function_index.emplace(attributions_[f], f);
     }
+    function_index.emplace("-", attributions_.size());
     for (size_t at = 0; at < text.size();) {
         size_t end = text.find('\n', at);
         end = end == std::string_view::npos ? text.size() : end;
@@ -486,10 +529,13 @@ void capture::count_rows_that_reached_the_file(std::string_view text) {
         std::from_chars(fields[0].data(), fields[0].data() + fields[0].size(), index);
         totals_.periods = index + 1;
         if (layout_.trace_plus && fields.size() == column_count(layout_)) {
+            // A split period counts whole for what held longest: its split is lost.
             if (const auto found = function_index.find(fields.back());
                 found != function_index.end()) {
-                totals_.function_energy_nj[found->second] +=
-                    static_cast<double>(power) / static_cast<double>(settings_.rate);
+                const auto per_rate = 1.0 / static_cast<double>(settings_.rate);
+                totals_.functions[found->second] +=
+                    {1, per_rate, static_cast<double>(current) * per_rate,
+                     static_cast<double>(power) * per_rate};
             }
         }
     }

@@ -18,6 +18,7 @@
 
 #include "engine/capture_file.h"
 #include "engine/capture_settings.h"
+#include "engine/function_table.h"
 #include "engine/row_format.h"
 #include "engine/sample_source.h"
 #include "engine/stop_signal.h"
@@ -37,7 +38,10 @@ struct capture_totals {
     double current_sum_na = 0;
     int64_t peak_na = 0;
     double energy_nj = 0;
-    std::vector<double> function_energy_nj;  // By index of the board's functions.
+    // With "ws+": what ran, by attribution (engine/function_marks.h), and
+    // last the time nothing names.
+    std::vector<function_figures> functions;
+    std::string table;  // The function table's file, once written.
 };
 
 class capture {
@@ -94,6 +98,8 @@ class capture {
     bool flush_rows();
     void commit_pending();
     void count_rows_that_reached_the_file(std::string_view text);
+    void tally(const period_sample& s);
+    bool write_function_table(std::ostream& errors);
     bool keep_the_window_in_the_background();
     void forget_before(const checkpoint& cut);
     bool windowed() const { return !settings_.save_all && file_.regular(); }
@@ -116,6 +122,10 @@ class capture {
     capture_file file_;
     std::string header_;
     row_layout layout_;
+    std::vector<std::string> attributions_;  // Names of what rows ran, with "ws+".
+    // The shares of the periods in block_, from share_at_ on.
+    std::span<const period_share> shares_;
+    size_t share_at_ = 0;
     size_t row_room_ = 0;
     uint64_t window_samples_ = 0;
     uint64_t checkpoint_step_ = 0;

@@ -24,6 +24,8 @@ struct probe_traits {
     };
     range_window ranges[2];
     bool program_counters = false;  // Trace mode "ws+" is possible.
+    // Reads the firmware's marks on logic inputs: "ws+" with a board's markers.
+    bool logic_marks = false;
     bool trigger_on_input = false;  // --trig needs a trigger_input line, not trigger_delay_us.
 };
 

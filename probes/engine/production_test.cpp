@@ -162,10 +162,19 @@ bool production_test::measure() {
     double voltage_sum = 0;
     double current_sum = 0;
     double power_sum = 0;
-    double sleep_sum = 0;
-    double active_sum = 0;
-    uint64_t sleep_count = 0;
-    uint64_t active_count = 0;
+    // Sleep and active time apart, by the firmware's marks: per period, or
+    // per device sample where a source splits periods by them.
+    struct marked_time {
+        double charge_nc = 0;
+        double seconds = 0;
+        uint64_t samples = 0;
+    };
+    marked_time sleep;
+    marked_time active;
+    auto time_of = [&](mode_mark mark) {
+        return mark == mode_mark::sleep ? &sleep : mark == mode_mark::active ? &active : nullptr;
+    };
+    const double per_rate = 1.0 / rate;
     int64_t peak = INT64_MIN;
     uint64_t done = 0;   // Periods covered, measured or lost.
     uint64_t taken = 0;  // Periods measured.
@@ -182,6 +191,8 @@ bool production_test::measure() {
             for (uint64_t ready = std::min(got.ready, total - done); ready > 0;) {
                 const auto count = static_cast<size_t>(std::min<uint64_t>(ready, block.size()));
                 source_->take(block.data(), count);
+                const std::span<const period_share> shares = source_->shares();
+                size_t share_at = 0;
                 for (size_t i = 0; i < count; ++i) {
                     const period_sample& r = block[i];
                     const auto current = static_cast<double>(r.current_na);
@@ -194,12 +205,18 @@ bool production_test::measure() {
                         ++measured_.clipped;
                         measured_.sleep_clipped += asleep ? 1 : 0;
                     }
-                    if (asleep) {
-                        sleep_sum += current;
-                        ++sleep_count;
-                    } else if (r.mark == mode_mark::active) {
-                        active_sum += current;
-                        ++active_count;
+                    if (r.shares == 0) {
+                        if (marked_time* time = time_of(r.mark)) {
+                            *time = {time->charge_nc + current * per_rate, time->seconds + per_rate,
+                                     time->samples + 1};
+                        }
+                    }
+                    for (uint32_t k = 0; k < r.shares && share_at < shares.size(); ++k) {
+                        const period_share& share = shares[share_at++];
+                        if (marked_time* time = time_of(share.mark)) {
+                            *time = {time->charge_nc + share.charge_nc,
+                                     time->seconds + share.seconds, time->samples + share.samples};
+                        }
                     }
                 }
                 ready -= count;
@@ -215,13 +232,13 @@ bool production_test::measure() {
     finish_source();
     const double n = taken == 0 ? 1.0 : static_cast<double>(taken);
     measured_.samples = taken;
-    measured_.sleep_samples = sleep_count;
-    measured_.active_samples = active_count;
+    measured_.sleep_samples = sleep.samples;
+    measured_.active_samples = active.samples;
     measured_.seconds = static_cast<double>(done) / rate;
     measured_.supply_voltage = voltage_sum / n * 1e-6;
     measured_.mean_current = current_sum / n * 1e-9;
-    measured_.sleep_current = sleep_count == 0 ? 0 : sleep_sum / sleep_count * 1e-9;
-    measured_.active_current = active_count == 0 ? 0 : active_sum / active_count * 1e-9;
+    measured_.sleep_current = sleep.seconds > 0 ? sleep.charge_nc / sleep.seconds * 1e-9 : 0;
+    measured_.active_current = active.seconds > 0 ? active.charge_nc / active.seconds * 1e-9 : 0;
     measured_.peak_current = taken == 0 ? 0 : static_cast<double>(peak) * 1e-9;
     measured_.mean_power = power_sum / n * 1e-9;
     measured_.cycle_energy = measured_.mean_power * static_cast<double>(board_.cycle_us()) * 1e-6;

@@ -17,6 +17,7 @@ struct row_layout {
     char separator = ',';  // ',' for csv, ' ' for gnuplot.
     bool trace_plus = false;
     bool min_max = false;  // Averaged periods: their least and most current follow `clipped`.
+    bool program_counters = true;  // "ws+" rows of marks have "-" for a pc.
     int32_t rate = 1;
     int time_decimals = 3;       // Enough to tell samples apart.
     uint64_t time_scale = 1000;  // 10^time_decimals.
@@ -71,7 +72,11 @@ inline char* put_row(char* out, const row_layout& layout, uint64_t index, sample
 inline char* put_trace(char* out, const row_layout& layout, uint64_t pc,
                        std::string_view function) {
     *out++ = layout.separator;
-    out = put_address(out, pc);
+    if (layout.program_counters) {
+        out = put_address(out, pc);
+    } else {
+        *out++ = '-';
+    }
     *out++ = layout.separator;
     std::memcpy(out, function.data(), function.size());
     return out + function.size();

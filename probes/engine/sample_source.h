@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,10 +37,26 @@ struct period_sample {
     // from a source that averages (averages()).
     int64_t min_na = 0;
     int64_t max_na = 0;
-    uint64_t pc = 0;                  // With trace mode "ws+": a program counter of the period.
-    uint32_t function = no_function;  // Index into the board's functions.
+    uint64_t pc = 0;  // With trace mode "ws+": a program counter of the period.
+    // What the period ran: an attribution (engine/function_marks.h), with
+    // "ws+" or marks; for a split period, the one that held longest.
+    uint32_t function = no_function;
     mode_mark mark = mode_mark::unknown;
     bool clipped = false;  // The current was cut to the full scale.
+    // Entries of sample_source::shares() that split the period by what ran
+    // in it; 0: the whole period ran `function`.
+    uint32_t shares = 0;
+};
+
+// The part of a period that ran one attribution, from a source that tells
+// the device samples of a period apart by the firmware's marks.
+struct period_share {
+    uint32_t function = no_function;
+    mode_mark mark = mode_mark::unknown;
+    uint32_t samples = 0;  // Device samples.
+    double seconds = 0;
+    double charge_nc = 0;
+    double energy_nj = 0;
 };
 
 // Where clipping set in, and a range that would hold the largest clipped
@@ -94,6 +111,11 @@ class sample_source {
     // The next `count` periods; at most what poll() said is ready. One call
     // per block: the per-period cost is the capture's.
     virtual void take(period_sample* into, size_t count) = 0;
+    // The shares of the periods of the last take(), in their order; valid
+    // until the next take().
+    virtual std::span<const period_share> shares() const { return {}; }
+    // False when rows name what ran from marks, with no program counter.
+    virtual bool samples_program_counters() const { return true; }
     // When poll() may have more; the engine sleeps until then or a stop.
     virtual clock::time_point next_ready_at() const = 0;
     // Non-empty once the source failed (a device unplugged): nothing more

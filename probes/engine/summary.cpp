@@ -1,9 +1,8 @@
-#include <algorithm>
 #include <cstdio>
-#include <numeric>
 
 #include "engine/capture.h"
 #include "engine/engineering.h"
+#include "engine/function_marks.h"
 
 namespace standin::sim {
 
@@ -58,17 +57,19 @@ std::string capture_summary(const capture_settings& settings, const capture_tota
                                                  " holds them: -r " + clipping.larger_range + ")");
     }
 
-    if (settings.trace_plus && !totals.function_energy_nj.empty()) {
-        std::vector<size_t> order(totals.function_energy_nj.size());
-        std::iota(order.begin(), order.end(), size_t{0});
-        std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) {
-            return totals.function_energy_nj[a] > totals.function_energy_nj[b];
-        });
+    const std::vector<size_t> order =
+        settings.trace_plus ? summary_order(settings.board.functions.size(), totals.functions)
+                            : std::vector<size_t>{};
+    if (!order.empty()) {
+        const std::vector<std::string> names = attribution_names(settings.board);
         line += "; energy by function:";
         for (size_t i = 0; i < order.size() && i < functions_shown; ++i) {
-            line += (i == 0 ? " " : ", ") + settings.board.functions[order[i]].name + " " +
-                    si_text(totals.function_energy_nj[order[i]] * 1e-9, "J");
+            line += (i == 0 ? " " : ", ") + names[order[i]] + " " +
+                    si_text(totals.functions[order[i]].energy_nj * 1e-9, "J");
         }
+    }
+    if (!totals.table.empty()) {
+        line += "; table in " + totals.table;
     }
     return line + "\n";
 }

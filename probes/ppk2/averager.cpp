@@ -21,7 +21,10 @@ uint64_t averager::period_of(uint64_t sample_index) const {
     return ((sample_index + 1) * rate_ - 1) / device_rate;
 }
 
-void averager::add(std::span<const device_sample> samples, std::vector<period>& out) {
+void averager::add(std::span<const device_sample> samples, std::vector<period>& out,
+                   std::vector<logic_share>& shares) {
+    out_ = &out;
+    shares_ = &shares;
     for (const device_sample& s : samples) {
         if (waiting_) {
             const bool high = (s.logic & trigger_mask_) != 0;
@@ -30,17 +33,19 @@ void averager::add(std::span<const device_sample> samples, std::vector<period>& 
                 continue;
             }
             waiting_ = false;
-            take(s, 0, out);
+            take(s, 0);
             continue;
         }
-        take(s, next_index_ + s.lost_before, out);
+        take(s, next_index_ + s.lost_before);
     }
+    out_ = nullptr;
+    shares_ = nullptr;
 }
 
-void averager::take(const device_sample& s, uint64_t index, std::vector<period>& out) {
+void averager::take(const device_sample& s, uint64_t index) {
     if (index >= period_end_) {
         if (count_ > 0) {
-            close(out);
+            close();
         }
         period_ = period_of(index);
         period_end_ = start_of(period_ + 1);
@@ -56,29 +61,44 @@ void averager::take(const device_sample& s, uint64_t index, std::vector<period>&
         run_logic_ = s.logic;
     }
     ++run_length_;
+    run_sum_ += s.current;
     next_index_ = index + 1;
     if (next_index_ == period_end_) {
-        close(out);
+        close();
         ++period_;
         period_end_ = start_of(period_ + 1);
     }
 }
 
 void averager::end_run() {
+    if (run_length_ == 0) {
+        return;
+    }
     for (int b = 0; b < 8; ++b) {
         high_[b] += (run_logic_ >> b) & 1u ? run_length_ : 0;
     }
+    auto share = std::find_if(open_shares_.begin(), open_shares_.end(),
+                              [&](const logic_share& o) { return o.logic == run_logic_; });
+    if (share == open_shares_.end()) {
+        open_shares_.push_back({run_logic_, 0, 0});
+        share = open_shares_.end() - 1;
+    }
+    share->samples += run_length_;
+    share->sum += run_sum_;
     run_length_ = 0;
+    run_sum_ = 0;
 }
 
-void averager::close(std::vector<period>& out) {
+void averager::close() {
     end_run();
     uint8_t logic = 0;
     for (int b = 0; b < 8; ++b) {
         logic |= static_cast<uint8_t>((2 * high_[b] >= count_ ? 1u : 0u) << b);
     }
-    out.push_back({period_, sum_ / count_, min_, max_, count_, period_end_ - made_end_ - count_,
-                   logic, clipped_});
+    out_->push_back({period_, sum_ / count_, min_, max_, count_, period_end_ - made_end_ - count_,
+                     logic, clipped_, static_cast<uint32_t>(open_shares_.size())});
+    shares_->insert(shares_->end(), open_shares_.begin(), open_shares_.end());
+    open_shares_.clear();
     made_end_ = period_end_;
     sum_ = 0;
     count_ = 0;

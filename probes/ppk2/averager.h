@@ -30,8 +30,16 @@ struct period {
     // Device samples lost since the end of the previous period made, up to
     // this one's end: with the gaps before it, so that the sum is all lost.
     uint64_t lost;
-    uint8_t logic;  // Each input as it was for most of the samples; a tie reads high.
-    bool clipped;   // Any sample clipped.
+    uint8_t logic;    // Each input as it was for most of the samples; a tie reads high.
+    bool clipped;     // Any sample clipped.
+    uint32_t shares;  // Entries it added to the logic shares, in order of appearance.
+};
+
+// The samples of a period that arrived with one logic byte.
+struct logic_share {
+    uint8_t logic;
+    uint32_t samples;
+    double sum;  // Amperes.
 };
 
 class averager {
@@ -39,17 +47,19 @@ class averager {
     // `rate` from 1 to device_rate; `trigger_input` 0 to 7 for D0 to D7.
     explicit averager(int32_t rate, std::optional<int> trigger_input = std::nullopt);
 
-    // Appends the periods that `samples` complete to `out`.
-    void add(std::span<const device_sample> samples, std::vector<period>& out);
+    // Appends the periods that `samples` complete to `out`, and how each
+    // splits by logic byte to `shares`.
+    void add(std::span<const device_sample> samples, std::vector<period>& out,
+             std::vector<logic_share>& shares);
 
     bool waiting_for_trigger() const { return waiting_; }
 
   private:
     uint64_t start_of(uint64_t p) const;
     uint64_t period_of(uint64_t sample_index) const;
-    void take(const device_sample& s, uint64_t index, std::vector<period>& out);
+    void take(const device_sample& s, uint64_t index);
     void end_run();
-    void close(std::vector<period>& out);
+    void close();
 
     const uint64_t rate_;
     const uint8_t trigger_mask_;
@@ -64,9 +74,14 @@ class averager {
     double sum_ = 0, min_ = 0, max_ = 0;
     uint32_t count_ = 0;
     bool clipped_ = false;
-    std::array<uint32_t, 8> high_{};  // Samples each input was high, runs ended.
+    std::array<uint32_t, 8> high_{};        // Samples each input was high, runs ended.
+    std::vector<logic_share> open_shares_;  // Runs ended, by logic byte.
     uint8_t run_logic_ = 0;
     uint32_t run_length_ = 0;
+    double run_sum_ = 0;
+    // Where add() appends; set for its call only.
+    std::vector<period>* out_ = nullptr;
+    std::vector<logic_share>* shares_ = nullptr;
 };
 
 }  // namespace probes::ppk2

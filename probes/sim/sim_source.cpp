@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "engine/engineering.h"
+#include "engine/function_marks.h"
 #include "sim/pacing.h"
 
 namespace standin::sim {
@@ -22,10 +23,8 @@ sim_source::sim_source(source_request request)
       model_(request_.board, request_.rate),
       front_(request_.board, range_) {
     const std::vector<operating_mode>& modes = request_.board.modes;
+    sleep_mode_ = static_cast<uint32_t>(sleep_mode_of(request_.board));
     for (uint32_t m = 0; m < modes.size(); ++m) {
-        if (modes[m].current_na < modes[sleep_mode_].current_na) {
-            sleep_mode_ = m;
-        }
         std::vector<uint32_t> shares;
         std::vector<uint32_t> regions;
         uint32_t sum = 0;

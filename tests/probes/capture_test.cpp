@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <regex>
 #include <sstream>
 #include <thread>
@@ -187,8 +188,41 @@ TEST_F(capture_test, refuses_a_pipe_and_writes_a_device) {
     EXPECT_EQ(make(), nullptr);
     EXPECT_EQ(error_, "the output file '" + std::string(VX_UTL::text_of(options_.output)) +
                           "' is neither a regular file nor a character device");
-    options_.output = standin_test::null_device;
+    options_.output = standin_test::null_device, options_.trace_mode = "ws+";
     EXPECT_EQ(run(*make()), 0) << errors_.str();
+    // No function table beside a device: its folder is no place for one.
+    EXPECT_EQ(out_.str().find("table in"), std::string::npos) << out_.str();
+    EXPECT_FALSE(
+        std::filesystem::exists(std::string(standin_test::null_device) + ".functions.csv"));
+}
+
+// The function table holds every row the summary counts, the most energy first.
+TEST_F(capture_test, the_function_table_adds_up_to_the_summary) {
+    options_.trace_mode = "ws+";
+    auto c = make();
+    ASSERT_EQ(run(*c), 0);
+    const std::vector<std::string> lines =
+        standin_test::lines_of(read_file(output_ + ".functions.csv"));
+    ASSERT_EQ(
+        lines.at(0),
+        "function,samples,time_s,time_percent,mean_current_A,charge_C,energy_J,energy_percent");
+    uint64_t samples = 0;
+    double energy = 0, percent = 0, previous = 1e9;
+    for (size_t i = 1; i < lines.size(); ++i) {
+        std::istringstream row(lines[i].substr(lines[i].find(',') + 1));
+        std::vector<double> f;
+        for (std::string field; std::getline(row, field, ',');) {
+            f.push_back(std::stod(field));
+        }
+        ASSERT_EQ(f.size(), 7u) << lines[i];
+        EXPECT_LE(f[5], previous) << lines[i];
+        samples += static_cast<uint64_t>(f[0]), energy += f[5], percent += f[6], previous = f[5];
+    }
+    EXPECT_EQ(lines.size(), 4u);  // work, wait and poll.
+    EXPECT_EQ(samples, c->totals().rows);
+    EXPECT_NEAR(energy, c->totals().energy_nj * 1e-9, 3 * 0.5e-9);
+    EXPECT_NEAR(percent, 100, 0.002);
+    EXPECT_NE(out_.str().find("; table in " + output_ + ".functions.csv\n"), std::string::npos);
 }
 
 }  // namespace

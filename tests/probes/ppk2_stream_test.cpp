@@ -127,7 +127,8 @@ TEST(ppk2_stream, range_switches_and_clipping) {
 // Device indices 0 to `end` - 1, each sample's current its index; `lost`
 // maps an index to how many samples from it on were lost.
 std::vector<period> average(int32_t rate, uint64_t end, std::map<uint64_t, uint32_t> lost = {},
-                            bytes logic = {}, std::optional<int> trigger = {}) {
+                            bytes logic = {}, std::optional<int> trigger = {},
+                            std::vector<logic_share>* shares = nullptr) {
     std::vector<device_sample> samples;
     for (uint64_t i = 0; i < end; ++i) {
         const uint32_t gap = lost.count(i) ? lost[i] : 0;
@@ -136,7 +137,8 @@ std::vector<period> average(int32_t rate, uint64_t end, std::map<uint64_t, uint3
     }
     averager a(rate, trigger);
     std::vector<period> out;
-    a.add(samples, out);
+    std::vector<logic_share> split;
+    a.add(samples, out, shares ? *shares : split);
     return out;
 }
 
@@ -177,9 +179,18 @@ TEST(ppk2_averager, periods) {
 
 TEST(ppk2_averager, logic_clipping_and_trigger) {
     // Periods of 4: D0 high in 2 (a tie reads high), D1 in 1; then D2 in 2. Sample 7 is clipped.
-    const auto out = average(25000, 8, {}, {1, 1, 2, 0, 4, 4, 0, 0});
+    // By logic byte, each period splits into its samples' codes, in order of appearance.
+    std::vector<logic_share> shares;
+    const auto out = average(25000, 8, {}, {1, 1, 2, 0, 4, 4, 0, 0}, {}, &shares);
     ASSERT_EQ(out.size(), 2u);
     EXPECT_EQ((std::array{out[0].logic, out[1].logic}), (std::array<uint8_t, 2>{0x01, 0x04}));
+    EXPECT_EQ((std::array{out[0].shares, out[1].shares}), (std::array<uint32_t, 2>{3, 2}));
+    std::vector<std::array<double, 3>> split;
+    for (const logic_share& share : shares) {
+        split.push_back({double(share.logic), double(share.samples), share.sum});
+    }
+    EXPECT_EQ(split, (std::vector<std::array<double, 3>>{
+                         {1, 2, 1}, {2, 1, 2}, {0, 1, 3}, {4, 2, 9}, {0, 2, 13}}));
     EXPECT_EQ((std::array{out[0].clipped, out[1].clipped}), (std::array{false, true}));
 
     // D3 high from the start is no edge; the rise at sample 5 starts period 0.

@@ -60,7 +60,7 @@ struct scripted_source final : sample_source {
 };
 
 constexpr standin::sim::probe_traits scripted_traits{
-    "the scripted probe", 100'000, {{"lo", 2000}, {"hi", 2000}}, false, true};
+    "the scripted probe", 100'000, {{"lo", 2000}, {"hi", 2000}}, false, false, true};
 
 class sample_source_test : public testing::Test {
   protected:

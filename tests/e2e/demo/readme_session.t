@@ -13,7 +13,7 @@
 >~ wattscope: capture\.csv: 6000 samples in 3\.000 s \(duration reached\), mean 2\.\d+ mA, peak 1\d\.\d+ mA, charge [\d.]+ mC, energy [\d.]+ mJ, \d+ dropped
 >| zelno> 
 > Stopping wattscope after 2000ms
->~ wattscope: trace\.dat: 4000 samples in 2\.000 s \(duration reached\), mean 2\.\d+ mA, peak 1\d\.\d+ mA, charge [\d.]+ mC, energy [\d.]+ mJ, \d+ dropped; energy by function: radio_send [\d.]+ mJ, (?:\w+ [\d.]+ mJ, ){3}\w+ [\d.]+ mJ
+>~ wattscope: trace\.dat: 4000 samples in 2\.000 s \(duration reached\), mean 2\.\d+ mA, peak 1\d\.\d+ mA, charge [\d.]+ mC, energy [\d.]+ mJ, \d+ dropped; energy by function: radio_send [\d.]+ mJ, (?:\w+ [\d.]+ mJ, ){3}\w+ [\d.]+ mJ; table in trace\.dat\.functions\.csv
 >| zelno> 
 >~ prodtest: supply_voltage 3\.\d+ V, expected 3\.299 V \+/- 0\.5%: PASS
 >~ prodtest: mean_current 2\.\d+ mA, expected 2\.47 mA \+/- 3%: PASS

@@ -9,6 +9,6 @@
 % include banner
 >| zelno> zelno> zelno> zelno> zelno> 
 ! wattscope: sample rate 100001 is out of range; use 1 to 100000 samples per second
-! wattscope: trace mode ws+ needs program counters, which a PPK2 does not sample; use ws
+! wattscope: trace mode ws+ on a PPK2 needs the firmware's marks: add 'marker <code> <name>' lines to board.dat, or use ws
 ! wattscope: --trig waits for the hardware trigger, and board.dat wires none (no trigger_input)
 % no-file a.csv
