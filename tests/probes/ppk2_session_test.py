@@ -188,6 +188,78 @@ def test_prodtest_measures_what_a_ppk2_can(folder):
     assert emulator.commands()[-3:] == ["power 1", "start", "stop"], emulator.commands()
 
 
+# The demo board's cycle marked by its firmware: a mode (sleep, radio_rx),
+# functions, no mark (0) and a code with no marker line (9), one step a mode.
+MARKED_BOARD = BOARD + "".join(f"marker {code} {name}\n" for code, name in (
+    (1, "sleep"), (2, "clock_init"), (3, "adc_read"), (4, "compress_frame"),
+    (5, "radio_send"), (6, "radio_rx")))
+SCHEDULE = "1:70000,2:3000,3:10000,0:2000,4:5000,5:6000,9:2000,6:2000"
+NAMED = {1: "sleep", 2: "clock_init", 3: "adc_read", 4: "compress_frame", 5: "radio_send",
+         6: "radio_rx", 0: "-", 9: "-"}
+
+
+def by_name(figures):
+    """The emulator's sums of each code, gathered by what the board names it."""
+    sums = {}
+    for code, name in NAMED.items():
+        samples, amperes = sums.get(name, (0, 0.0))
+        sums[name] = (samples + int(figures.get(f"code.{code}.samples", 0)),
+                      amperes + figures.get(f"code.{code}.sum_a", 0.0))
+    return sums
+
+
+def test_marks_give_energy_by_function(folder):
+    """Each device sample counts for its own code at any rate; a row names what held longest."""
+    for rate in (100000, 3):
+        emulator = Emulator(folder, MARKED_BOARD, "--logic", SCHEDULE, "--report-samples", "300000")
+        code, out, err = zelno(folder, connect(emulator.port) +
+                               f"wattscope -o m.csv -s {rate} -D 3000 ws+\n")
+        emulator.stop()
+        assert (code, err) == (0, ""), (rate, code, err)
+        figures = emulator.report()
+        sums = by_name(figures)
+        volts = figures["voltage_v"]
+        with open(os.path.join(folder, "m.csv.functions.csv")) as f:
+            table = [line.rstrip("\n").split(",") for line in f][1:]
+        assert {r[0] for r in table} == set(sums), table
+        for name, samples, seconds, _, mean, charge, energy, _ in table:
+            expected, amperes = sums[name]
+            assert int(samples) == expected, (rate, name, samples, expected)
+            assert abs(float(seconds) - expected * 1e-5) <= 0.5e-9, (rate, name, seconds)
+            assert abs(float(mean) - amperes / expected) <= 0.5e-9 + 1e-12, (rate, name, mean)
+            assert abs(float(charge) - amperes * 1e-5) <= 0.5e-9 + 1e-12, (rate, name, charge)
+            assert abs(float(energy) - amperes * 1e-5 * volts) <= 0.5e-9 + 1e-12, (rate, name)
+        top = re.search(r"; energy by function: (.*); table in m\.csv\.functions\.csv\n$", out)
+        shown = [item.rsplit(" ", 2) for item in top.group(1).split(", ")]
+        assert [n for n, _, _ in shown] == [r[0] for r in table if r[0] != "-"][:5], (out, table)
+        for name, number, unit in shown:
+            near(f"{number} {unit}", sums[name][1] * 1e-5 * volts, f"{name} at {rate}")
+        written = rows(folder, "m.csv")
+        assert {r[7] for r in written} == {"-"}, written[0]
+        names = [r[8] for r in written]
+        if rate == 100000:
+            assert all(names.count(n) == sums[n][0] for n in sums), rate
+        else:
+            assert names == ["sleep"] * 9, names  # 70 % of every third of a second.
+
+
+def test_prodtest_takes_sleep_and_active_from_marks(folder):
+    emulator = Emulator(folder, MARKED_BOARD, "--logic", SCHEDULE, "--report-samples", "200000")
+    with open(os.path.join(folder, "limits.txt"), "w") as f:
+        f.write("measure 2 s\nsleep_current 15 1 uA\nactive_current 7.8 5% mA\n")
+    code, out, err = zelno(folder, connect(emulator.port) + "prodtest -i limits.txt\n")
+    emulator.stop()
+    assert (code, err) == (0, ""), (code, out, err)
+    sums = by_name(emulator.report())
+    active = [sums[n] for n in ("clock_init", "adc_read", "compress_frame", "radio_send",
+                                "radio_rx")]
+    sleep = re.search(r"prodtest: sleep_current (\S+ \S+), expected 15 uA \+/- 1 uA: PASS\n", out)
+    awake = re.search(r"prodtest: active_current (\S+ \S+), expected 8.19 mA \+/- 3%: \w+\n", out)
+    assert sleep and awake, out
+    near(sleep.group(1), sums["sleep"][1] / sums["sleep"][0], "sleep_current")
+    near(awake.group(1), sum(a for _, a in active) / sum(n for n, _ in active), "active_current")
+
+
 def test_refusals(folder):
     """A port in use, not a terminal, or silent (the options a PPK2 refuses: ppk2_device.t)."""
     emulator = Emulator(folder, BOARD)
