@@ -97,7 +97,7 @@ uint64_t test_measurement::clipped_of(test_parameter parameter) const {
         case test_parameter::sleep_current:
             return sleep_clipped;
         case test_parameter::active_current:
-            return clipped - sleep_clipped;  // An unmarked period makes it no sample.
+            return active_clipped;
         default:
             return clipped;
     }
@@ -168,6 +168,14 @@ bool production_test::measure() {
         double charge_nc = 0;
         double seconds = 0;
         uint64_t samples = 0;
+        uint64_t clipped = 0;
+
+        void add(double charge, double time, uint64_t count, bool cut) {
+            charge_nc += charge;
+            seconds += time;
+            samples += count;
+            clipped += cut ? count : 0;
+        }
     };
     marked_time sleep;
     marked_time active;
@@ -196,26 +204,18 @@ bool production_test::measure() {
                 for (size_t i = 0; i < count; ++i) {
                     const period_sample& r = block[i];
                     const auto current = static_cast<double>(r.current_na);
-                    const bool asleep = r.mark == mode_mark::sleep;
                     voltage_sum += static_cast<double>(r.voltage_uv);
                     current_sum += current;
                     power_sum += static_cast<double>(r.power_nw);
                     peak = std::max(peak, averaged ? r.max_na : r.current_na);
-                    if (r.clipped) {
-                        ++measured_.clipped;
-                        measured_.sleep_clipped += asleep ? 1 : 0;
-                    }
-                    if (r.shares == 0) {
-                        if (marked_time* time = time_of(r.mark)) {
-                            *time = {time->charge_nc + current * per_rate, time->seconds + per_rate,
-                                     time->samples + 1};
-                        }
+                    measured_.clipped += r.clipped ? 1 : 0;
+                    if (marked_time* time = r.shares == 0 ? time_of(r.mark) : nullptr) {
+                        time->add(current * per_rate, per_rate, 1, r.clipped);
                     }
                     for (uint32_t k = 0; k < r.shares && share_at < shares.size(); ++k) {
                         const period_share& share = shares[share_at++];
                         if (marked_time* time = time_of(share.mark)) {
-                            *time = {time->charge_nc + share.charge_nc,
-                                     time->seconds + share.seconds, time->samples + share.samples};
+                            time->add(share.charge_nc, share.seconds, share.samples, r.clipped);
                         }
                     }
                 }
@@ -234,6 +234,8 @@ bool production_test::measure() {
     measured_.samples = taken;
     measured_.sleep_samples = sleep.samples;
     measured_.active_samples = active.samples;
+    measured_.sleep_clipped = sleep.clipped;
+    measured_.active_clipped = active.clipped;
     measured_.seconds = static_cast<double>(done) / rate;
     measured_.supply_voltage = voltage_sum / n * 1e-6;
     measured_.mean_current = current_sum / n * 1e-9;

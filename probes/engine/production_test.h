@@ -32,7 +32,10 @@ struct test_measurement {
     uint64_t sleep_samples = 0;   // Marked asleep by the firmware.
     uint64_t active_samples = 0;  // Marked active; a source without marks has neither.
     uint64_t clipped = 0;         // Readings cut to the range's full scale.
+    // Of the sleep and active samples: where a source splits periods by
+    // marks, the samples of a clipped period's shares.
     uint64_t sleep_clipped = 0;
+    uint64_t active_clipped = 0;
 
     double value_of(test_parameter parameter) const;
     // The samples a parameter is made of; a parameter of none has no value.
