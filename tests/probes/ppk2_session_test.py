@@ -235,8 +235,8 @@ def test_marks_give_energy_by_function(folder):
         for name, number, unit in shown:
             near(f"{number} {unit}", sums[name][1] * 1e-5 * volts, f"{name} at {rate}")
         written = rows(folder, "m.csv")
-        assert {r[7] for r in written} == {"-"}, written[0]
-        names = [r[8] for r in written]
+        assert {r[-2] for r in written} == {"-"}, written[0]
+        names = [r[-1] for r in written]
         if rate == 100000:
             assert all(names.count(n) == sums[n][0] for n in sums), rate
         else:
