@@ -192,14 +192,15 @@ std::optional<int64_t> device::produce_until(uint64_t due) {
             const uint32_t adc = encode_current(cal_, range, amperes, volts);
             last_ = {true, amperes, volts, range, adc, decode_current(cal_, range, adc, volts)};
         }
-        append_word(make_word(last_.adc, last_.range, counter_, logic_at(position_)), skip);
+        const uint8_t logic = logic_at(position_);
+        append_word(make_word(last_.adc, last_.range, counter_, logic), skip);
         if (skip) {
             ++figures_.slipped;
         } else {
             ++figures_.words_sent;
             const double smoothed = smoothing_.next(last_.range, last_.decoded);
             if (position_ < opts_.report_samples) {
-                figures_.add(smoothed);
+                figures_.add(smoothed, logic);
             }
         }
         ++counter_;

@@ -48,7 +48,17 @@ std::string render_report(const stream_figures& f, uint64_t streams) {
         static_cast<unsigned long long>(f.lost), static_cast<unsigned long long>(f.slipped),
         static_cast<unsigned long long>(f.decoded), seconds, f.volts, mean, f.peak_a, charge,
         charge * f.volts);
-    return text;
+    std::string report = text;
+    for (size_t code = 0; code < f.code_samples.size(); ++code) {
+        if (f.code_samples[code] == 0) {
+            continue;
+        }
+        std::snprintf(text, sizeof text, "code.%zu.samples %llu\ncode.%zu.sum_a %.17g\n", code,
+                      static_cast<unsigned long long>(f.code_samples[code]), code,
+                      f.code_sum_a[code]);
+        report += text;
+    }
+    return report;
 }
 
 }  // namespace ppk2_emulator

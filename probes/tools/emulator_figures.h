@@ -5,6 +5,7 @@
 // summed. The emulator's own account, against which a host's figures are
 // checked.
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -41,13 +42,19 @@ struct stream_figures {
     double sum_a = 0;
     double peak_a = 0;
     double volts = 0;  // The voltage a host multiplies by for energy.
+    // The same samples by their logic byte, summed in the same order, so that
+    // a host attributing samples to codes can match each sum exactly.
+    std::array<uint64_t, 256> code_samples{};
+    std::array<double, 256> code_sum_a{};
 
-    void add(double amperes) {
+    void add(double amperes, uint8_t code) {
         sum_a += amperes;
         if (decoded == 0 || amperes > peak_a) {
             peak_a = amperes;
         }
         ++decoded;
+        ++code_samples[code];
+        code_sum_a[code] += amperes;
     }
 };
 

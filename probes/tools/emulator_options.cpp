@@ -55,10 +55,14 @@ modes, as hosts decode). Words queued before a stop still follow it.
 
 Report lines (key value): streams, words_sent, samples_lost, words_slipped,
 samples_decoded, seconds, voltage_v, mean_current_a, peak_current_a,
-charge_c, energy_j. The figures are of the last stream: its words decoded
-with the device's calibration and smoothed after range changes as the
-reference clients do (a slipped word left out); energy at voltage_v, the
-regulator's voltage in source mode and the board's supply in ampere mode.
+charge_c, energy_j, then for each logic byte C that the decoded samples
+carried, in ascending order, code.C.samples and code.C.sum_a (the sum of
+their currents in A; the byte as sent, an input of --rise included). The
+figures are of the last stream: its words decoded with the device's
+calibration and smoothed after range changes as the reference clients do
+(a slipped word left out); energy at voltage_v, the regulator's voltage in
+source mode and the board's supply in ampere mode. Sums are printed with 17
+significant digits, added in the order the samples were sent.
 )";
 
 namespace {

@@ -133,6 +133,14 @@ TEST(emulator, logic_inputs_follow_the_schedule_and_the_rise) {
         logic.push_back(static_cast<uint8_t>(words[4 * k + 3]));
     }
     EXPECT_EQ(logic, (std::vector<uint8_t>{0x01, 0x01, 0x02, 0x02, 0x01, 0x02, 0x81, 0x82}));
+    // The report's per-code figures split the totals by the byte each word carried.
+    const stream_figures& f = dev.figures();
+    EXPECT_EQ(std::vector<uint64_t>({f.code_samples[1], f.code_samples[2], f.code_samples[0x81],
+                                     f.code_samples[0x82]}),
+              std::vector<uint64_t>({40, 60, 2, 1}));
+    EXPECT_NEAR(f.code_sum_a[1] + f.code_sum_a[2] + f.code_sum_a[0x81] + f.code_sum_a[0x82],
+                f.sum_a, 1e-12);
+    EXPECT_NE(render_report(f, 1).find("code.129.samples 2\ncode.129.sum_a "), std::string::npos);
 }
 
 TEST(emulator, uncalibrated_metadata_and_bad_options) {
