@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <numeric>
 
 namespace standin::sim {
 
@@ -51,11 +50,9 @@ std::string function_table_csv(const std::vector<std::string>& names,
     return text;
 }
 
-std::vector<size_t> summary_order(size_t function_count,
-                                  const std::vector<function_figures>& figures) {
-    std::vector<size_t> order(std::min(function_count, figures.size()));
-    std::iota(order.begin(), order.end(), size_t{0});
-    for (size_t i = function_count; i + 1 < figures.size(); ++i) {
+std::vector<size_t> summary_order(const std::vector<function_figures>& figures) {
+    std::vector<size_t> order;
+    for (size_t i = 0; i + 1 < figures.size(); ++i) {
         if (figures[i].samples > 0) {
             order.push_back(i);
         }

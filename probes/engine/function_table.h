@@ -32,9 +32,8 @@ std::string function_table_path(const std::string& output);
 std::string function_table_csv(const std::vector<std::string>& names,
                                const std::vector<function_figures>& figures);
 
-// The summary's list, the most energy first: every function, and the
-// modes that ran. Indices into `figures`.
-std::vector<size_t> summary_order(size_t function_count,
-                                  const std::vector<function_figures>& figures);
+// The summary's list, the most energy first: the functions and modes that
+// ran, not the time that nothing names. Indices into `figures`.
+std::vector<size_t> summary_order(const std::vector<function_figures>& figures);
 
 }  // namespace standin::sim

@@ -58,8 +58,7 @@ std::string capture_summary(const capture_settings& settings, const capture_tota
     }
 
     const std::vector<size_t> order =
-        settings.trace_plus ? summary_order(settings.board.functions.size(), totals.functions)
-                            : std::vector<size_t>{};
+        settings.trace_plus ? summary_order(totals.functions) : std::vector<size_t>{};
     if (!order.empty()) {
         const std::vector<std::string> names = attribution_names(settings.board);
         line += "; energy by function:";
