@@ -1,9 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <random>
 
+#include "scratch_dir.h"
 #include "shell/completion.h"
 #include "shell/status_line.h"
 #include "utilities/uterminal.h"
@@ -31,7 +30,7 @@ TEST(completion, offers_the_words_of_the_command_in_hand) {
 }
 
 // File names are given as the line splitter will read them back. In the
-// rows, a trailing '/' makes a folder and F stands for the test's folder.
+// rows, a trailing '/' makes a folder and F stands for the row's own folder.
 TEST(completion, names_files_the_line_can_hold) {
     // clang-format off
     const struct { words files; std::string before_cursor; words offered; } rows[] = {
@@ -46,18 +45,13 @@ TEST(completion, names_files_the_line_can_hold) {
         {{"q\"x.txt", "q y.txt"}, "log -c F/q", {"\"F/q y.txt\" "}},  // ...not in a quoted one.
         {{"a;b.txt", "a b.txt"}, "\"log -c F/a", {"F/a;b.txt "}}};  // A quoted command holds ';'.
     // clang-format on
-    namespace fs = std::filesystem;
     for (std::size_t r = 0; r < std::size(rows); ++r) {
-        // Apart from other builds that test at the same time.
-        const std::string folder = (fs::temp_directory_path() /
-                                    ("zelno_completion_" + std::to_string(std::random_device()())))
-                                       .generic_string();
-        fs::create_directories(folder);
+        const standin_test::scratch_dir dir;
+        const std::string folder = std::filesystem::path(dir.file("")).generic_string();
         const auto in_folder = [&](std::string text) {
-            for (std::size_t at = text.find('F'); at != std::string::npos;
-                 at = text.find('F', at)) {
-                text.replace(at, 1, folder);
-                at += folder.size();
+            for (std::size_t at = text.find("F/"); at != std::string::npos;
+                 at = text.find("F/", at + folder.size())) {
+                text.replace(at, 2, folder);
             }
             return text;
         };
@@ -65,11 +59,11 @@ TEST(completion, names_files_the_line_can_hold) {
         for (const std::string& file : rows[r].files) {
             std::error_code error;
             if (file.ends_with('/')) {
-                fs::create_directory(folder + '/' + file, error);
+                std::filesystem::create_directory(dir.file(file), error);
             } else {
-                std::ofstream(folder + '/' + file).put('\n');
+                dir.write(file, "\n");
             }
-            takes_all_names = takes_all_names && fs::exists(folder + '/' + file, error);
+            takes_all_names = takes_all_names && std::filesystem::exists(dir.file(file), error);
         }
         words expected;
         for (const std::string& word : rows[r].offered) {
@@ -78,7 +72,6 @@ TEST(completion, names_files_the_line_can_hold) {
         if (takes_all_names) {  // Some file systems take no ';' or '"'.
             EXPECT_EQ(complete_words(in_folder(rows[r].before_cursor)).words, expected) << r;
         }
-        fs::remove_all(folder);
     }
 }
 

@@ -4,12 +4,12 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "scratch_dir.h"
 #include "utilities/udll.h"
 #include "utilities/utime.h"
 #include "utilities/utrace_registry.h"
@@ -103,24 +103,14 @@ std::string masked(std::string text) {
 }
 
 std::string read(const fs::path& file) {
-    std::stringstream text;
-    text << std::ifstream(file, std::ios::binary).rdbuf();
-    return masked(text.str());
+    return masked(standin_test::read_file(file.string()));
 }
-
-// A directory of its own, also apart from builds that test at the same time.
-class trace_log_test : public testing::Test {
-  protected:
-    void SetUp() override { fs::create_directories(directory); }
-    void TearDown() override { fs::remove_all(directory); }
-    const fs::path directory =
-        fs::temp_directory_path() / ("zelno_trace_" + std::to_string(std::random_device{}()));
-};
 
 // Every line is echoed; the file is tried at each line until it opens, then
 // emptied or kept. The level stays 0 in zelno; raised here, a failed library
 // load reaches the installed log.
-TEST_F(trace_log_test, lines_by_flags_stamp_and_line_end_to_stdout_and_file) {
+TEST(trace_log, lines_by_flags_stamp_and_line_end_to_stdout_and_file) {
+    const standin_test::scratch_dir directory;
     const std::string long_text(5000, 'x');  // Beyond the first size of the buffer.
     // An empty line: nothing is written.
     // clang-format off
@@ -136,7 +126,7 @@ TEST_F(trace_log_test, lines_by_flags_stamp_and_line_end_to_stdout_and_file) {
     // clang-format on
     VX_UTL::uTraceRegistry& registry = VX_UTL::get_trace_registry();
     for (const bool append : {true, false}) {
-        const fs::path file = directory / (append ? "append" : "truncate") / "trace.log";
+        const fs::path file = directory.file(append ? "append/trace.log" : "truncate/trace.log");
         std::string lines;
         {
             VX_UTL::uTraceLog log(file.string(), true, true, true, append, 1);
@@ -161,9 +151,10 @@ TEST_F(trace_log_test, lines_by_flags_stamp_and_line_end_to_stdout_and_file) {
     }
 }
 
-TEST_F(trace_log_test, lines_of_two_threads_never_mix) {
+TEST(trace_log, lines_of_two_threads_never_mix) {
+    const standin_test::scratch_dir directory;
     {
-        VX_UTL::uTraceLog log((directory / "threads.log").string(), true, false, false, false, 1);
+        VX_UTL::uTraceLog log(directory.file("threads.log"), true, false, false, false, 1);
         auto writer = [&log](char letter) {
             for (int i = 0; i < 300; ++i) {
                 log.write(1, 2, "%s", std::string(200, letter).c_str());
@@ -174,7 +165,7 @@ TEST_F(trace_log_test, lines_of_two_threads_never_mix) {
         first.join();
         second.join();
     }
-    std::istringstream text(read(directory / "threads.log"));
+    std::istringstream text(read(directory.file("threads.log")));
     int count = 0;
     for (std::string line; std::getline(text, line); ++count) {
         ASSERT_EQ(line, "M     99:99:99:999 | " + std::string(200, line[line.size() / 2]));

@@ -1,5 +1,5 @@
 # Blanks and separators run nothing; commands are reported whole, words compared
-# exactly; use cases need a session. A last line without a line feed is dropped.
+# exactly. A last line without a line feed is dropped.
 <
 <    
 < ; ;
@@ -7,13 +7,10 @@
 <  foo
 < QUIT
 < x"a b"
-< wattscope -o f.csv;prodtest
 <| help
 % include banner
->| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
+>| zelno> zelno> zelno> zelno> zelno> zelno> zelno> zelno> 
 ! Unknown command: foo bar
 ! Unknown command:  foo
 ! Unknown command: QUIT
 ! Unknown command: x"a b"
-! Session must be connected before running use case
-! Session must be connected before running use case

@@ -10,5 +10,6 @@
 > zelno> Exit the interactive tool
 > zelno> Exit the interactive tool
 > List all supported commands or get help on an invidual command
-% include listing_after_prompt
+>| zelno> 
+% include listing
 ! Unknown command: nosuch

@@ -68,14 +68,20 @@ def check(condition, what):
         sys.exit(f"failed: {what}")
 
 
+def quit_help(work, keys="help quit\r", **env_changes):
+    """A session that shows quit's help with `keys`, then ends."""
+    zelno = Session(work, **env_changes)
+    zelno.prompt()
+    zelno.type(keys)
+    zelno.expect(HELP_QUIT)
+    zelno.end()
+    return zelno
+
+
 def history(work):
     os.mkdir(os.path.join(work, "state"))
     for keys in ["help quit\r", UP + "\r"]:  # The second run finds the first's line.
-        zelno = Session(work)
-        zelno.prompt()
-        zelno.type(keys)
-        zelno.expect(HELP_QUIT)
-        zelno.end()
+        quit_help(work, keys)
     # Two sessions side by side: each adds its own line, neither loses the other's.
     first, second = Session(work), Session(work)
     for zelno, command in [(first, "log"), (second, "connect"), (first, "help")]:
@@ -93,31 +99,16 @@ def history(work):
         if told:
             os.makedirs(os.path.join(work, "fifo", "zelno"))
             os.mkfifo(os.path.join(work, "fifo", "zelno", "history"))
-        zelno = Session(work, **env)
-        zelno.prompt()
-        zelno.type("help quit\r")
-        zelno.expect(HELP_QUIT)
-        zelno.end()
+        zelno = quit_help(work, **env)
         check(told in zelno.screen and not os.path.exists(os.path.join(work, "gone")), env)
 
 
-def text(work):
-    """What isn't ASCII is typed into the line as it is, and Ctrl+D ends on a new line."""
-    zelno = Session(work, LC_ALL=None, LANG=None, LC_CTYPE="C.UTF-8")
-    zelno.prompt()
-    zelno.type("log --cmd mess_über.txt\r")
-    zelno.prompt()
-    zelno.type(CTRL_D)
-    check(zelno.process.wait(timeout=20) == 0, "exit status")
-    zelno.seen -= len("zelno> ")
-    zelno.expect(r"zelno> (\^D)?\r?\n$")
-    check(os.path.exists(os.path.join(work, "mess_über.txt")), f"file in {os.listdir(work)}")
-
-
 def completion(work):
+    """Completion; what isn't ASCII is typed into the line as it is, and
+    Ctrl+D ends on a new line."""
     open(os.path.join(work, "board_file.dat"), "w").close()
     open(os.path.join(work, "my board.dat"), "w").close()
-    zelno = Session(work)
+    zelno = Session(work, LC_ALL=None, LANG=None, LC_CTYPE="C.UTF-8")
     zelno.prompt()
     zelno.type("hel" + TAB + "qu" + TAB + "\r")
     zelno.expect(HELP_QUIT)
@@ -132,7 +123,14 @@ def completion(work):
     zelno.type("help" + CTRL_C + "\r" + "help quit\r")
     zelno.expect(HELP_QUIT)
     check("List all supported" not in zelno.screen and "^C" not in zelno.screen, "line cleared")
-    zelno.end()
+    zelno.prompt()
+    zelno.type("log --cmd mess_über.txt\r")
+    zelno.prompt()
+    zelno.type(CTRL_D)
+    check(zelno.process.wait(timeout=20) == 0, "exit status")
+    zelno.seen -= len("zelno> ")
+    zelno.expect(r"zelno> (\^D)?\r?\n$")
+    check(os.path.exists(os.path.join(work, "mess_über.txt")), f"file in {os.listdir(work)}")
 
 
 def rows(screen):

@@ -1,2 +1,0 @@
-$ --version
-> zelno 1.0.0.1
