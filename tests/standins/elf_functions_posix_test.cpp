@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -32,63 +33,38 @@ function_list listed(const std::vector<standin::code_region>& functions) {
     return out;
 }
 
-// a.o: a global Thumb function; the local functions dup and shared; a
-// function without a size; one whose name a board can't hold; a data object.
-constexpr const char* first_file = R"(
+// `fn name, size` makes a Thumb function of that size, local unless made global.
+constexpr const char* prelude = R"(
     .syntax unified
     .thumb
-    .text
-    .global reset
-    .type reset, %function
+    .macro fn name, size
+    .type \name, %function
     .thumb_func
-reset:
-    nop
-    nop
-    bx lr
-    .size reset, . - reset
-    .type dup, %function
-    .thumb_func
-dup:
-    bx lr
-    .size dup, . - dup
-    .type shared, %function
-    .thumb_func
-shared:
-    bx lr
-    .size shared, . - shared
-    .type no_size, %function
-    .thumb_func
-no_size:
-    bx lr
-    .type "odd$fn", %function
-    .thumb_func
-"odd$fn":
-    bx lr
-    .size "odd$fn", . - "odd$fn"
-    .data
-    .type table, %object
-table:
-    .word 1, 2
-    .size table, . - table
+\name: .space \size
+    .size \name, \size
+    .endm
 )";
 
-// b.o, linked after a.o: a second local dup, higher up, and a global shared.
+// a.o: a global function; the local dup and shared; a function without a
+// size; one whose name a board can't hold; a data object. Then b.o: a second
+// local dup, higher up, and a global shared.
+constexpr const char* first_file = R"(
+    .global reset
+    fn reset, 6
+    fn dup, 2
+    fn shared, 2
+    .type no_size, %function
+no_size: .space 2
+    fn odd$fn, 2
+    .data
+    .type table, %object
+table: .word 1, 2
+    .size table, 8
+)";
 constexpr const char* second_file = R"(
-    .syntax unified
-    .thumb
-    .text
-    .type dup, %function
-    .thumb_func
-dup:
-    nop
-    bx lr
-    .size dup, . - dup
+    fn dup, 4
     .global shared
-    .type shared, %function
-    .thumb_func
-shared:
-    bx lr
-    .size shared, . - shared
+    fn shared, 2
 )";
 
 // Cortex-M firmware assembled and linked here, with .text at 0x08000400.
@@ -99,8 +75,8 @@ class cortex_m_firmware : public ::testing::Test {
                         "command -v arm-none-eabi-ld >/dev/null") != 0) {
             GTEST_SKIP() << "arm-none-eabi-as or -ld is missing (Debian: binutils-arm-none-eabi)";
         }
-        dir_.write("a.s", first_file);
-        dir_.write("b.s", second_file);
+        dir_.write("a.s", std::string(prelude) + first_file);
+        dir_.write("b.s", std::string(prelude) + second_file);
         const std::string link = "arm-none-eabi-ld -Ttext=0x08000400 -e reset ";
         ASSERT_EQ(run("arm-none-eabi-as a.s -o a.o && arm-none-eabi-as b.s -o b.o && " + link +
                       "a.o b.o -o fw.elf && " + link +
@@ -133,29 +109,19 @@ class cortex_m_firmware : public ::testing::Test {
 };
 
 // Thumb bits cleared; no data, sizeless or unnamable symbols; of two static
-// dups the lower; a global shared over a static one below it.
-TEST_F(cortex_m_firmware, functions_come_from_the_symbol_table) {
-    std::vector<standin::code_region> functions;
-    std::string problem;
-    ASSERT_TRUE(standin::read_elf_functions(dir_.file("fw.elf"), functions, problem)) << problem;
-    EXPECT_EQ(listed(functions), (function_list{{"reset", 0x08000400, 0x08000406},
-                                                {"dup", 0x08000406, 0x08000408},
-                                                {"shared", 0x08000412, 0x08000414}}));
-}
-
-// [code] adds and overrides; the ELF's path is taken from the target file's folder.
-TEST_F(cortex_m_firmware, converts_with_code_overriding_and_markers) {
+// dups the lower; a global shared over a static one below it; [code] adds
+// and overrides. The ELF's path is taken from the target file's folder.
+TEST_F(cortex_m_firmware, functions_come_from_the_symbol_table_and_code) {
     ASSERT_EQ(convert(target("firmware = fw.elf",
-                             "[code]\nshared = 0x20000000 0x10\nextra = 0x100 4\n"
+                             "[code]\nreset = 0x20000000 0x10\nextra = 0x100 4\n"
                              "[markers]\n1 = dup\n2 = run\n")),
               "");
     const standin::board_model board = standin::read_board_file(dir_.file("b.dat"));
     EXPECT_EQ(listed(board.functions), (function_list{{"extra", 0x100, 0x104},
-                                                      {"reset", 0x08000400, 0x08000406},
                                                       {"dup", 0x08000406, 0x08000408},
-                                                      {"shared", 0x20000000, 0x20000010}}));
-    ASSERT_EQ(board.markers.size(), 2u);
-    EXPECT_EQ(board.markers[0].name, "dup");
+                                                      {"shared", 0x08000412, 0x08000414},
+                                                      {"reset", 0x20000000, 0x20000010}}));
+    EXPECT_EQ(board.markers.size(), 2u);
 }
 
 // One line each, naming the target file's line and the ELF file; no output.
@@ -194,14 +160,10 @@ TEST(elf_functions, reads_a_host_elf64_file) {
     std::vector<standin::code_region> functions;
     std::string problem;
     ASSERT_TRUE(standin::read_elf_functions("/proc/self/exe", functions, problem)) << problem;
-    const auto find = [&](const std::string& name) {
-        for (const standin::code_region& f : functions) {
-            if (f.name == name) {
-                return f;
-            }
-        }
-        ADD_FAILURE() << name << " is missing";
-        return standin::code_region{};
+    const auto find = [&](const char* name) {
+        const auto at = std::find_if(functions.begin(), functions.end(),
+                                     [&](const standin::code_region& f) { return f.name == name; });
+        return at == functions.end() ? standin::code_region{} : *at;
     };
     const standin::code_region first = find("elf_test_first");
     const standin::code_region second = find("elf_test_second");
