@@ -1,5 +1,6 @@
 #include "tgcfgsetup/target_file.h"
 
+#include <algorithm>
 #include <set>
 #include <string>
 #include <unordered_set>
@@ -8,12 +9,25 @@
 #include "common/board_file.h"
 #include "common/text_input.h"
 #include "common/units.h"
+#include "tgcfgsetup/elf_functions.h"
 
 namespace standin {
 
 namespace {
 
-enum class section { none, target, mode, code };
+enum class section { none, target, mode, code, markers };
+
+// A relative path is taken from the folder of the file that names it, so
+// that a target file works from any folder and moves with its firmware.
+std::string beside(std::string_view file, std::string_view path) {
+    const bool absolute =
+        path.starts_with('/') || path.starts_with('\\') || (path.size() > 1 && path[1] == ':');
+    const size_t slash = file.find_last_of("/\\");
+    if (absolute || slash == std::string_view::npos) {
+        return std::string(path);
+    }
+    return std::string(file.substr(0, slash + 1)) + std::string(path);
+}
 
 // Reads one file section by section; the members hold what is known so far.
 class target_reader {
@@ -48,6 +62,8 @@ class target_reader {
             enter(section::target, "target");
         } else if (words.size() == 1 && words[0] == "code") {
             enter(section::code, "code");
+        } else if (words.size() == 1 && words[0] == "markers") {
+            enter(section::markers, "markers");
         } else if (words.size() == 2 && words[0] == "mode") {
             if (!is_name(words[1])) {
                 fail(name_problem("a mode name"));
@@ -60,7 +76,7 @@ class target_reader {
             mode_lines_.push_back(line_);
         } else {
             fail("unknown section '" + std::string(text) +
-                 "'; sections are [target], [mode <name>] and [code]");
+                 "'; sections are [target], [mode <name>], [code] and [markers]");
         }
     }
 
@@ -95,6 +111,9 @@ class target_reader {
                 break;
             case section::code:
                 code_setting(key, value);
+                break;
+            case section::markers:
+                marker_setting(key, value);
                 break;
         }
     }
@@ -158,10 +177,16 @@ class target_reader {
                 fail("expected 'trigger_input = D<n>' with n from 0 to " +
                      std::to_string(logic_inputs - 1) + ", not '" + std::string(value) + "'");
             }
+        } else if (key == "firmware") {
+            firmware_ = beside(file_, value);
+            std::string problem;
+            if (!read_elf_functions(firmware_, firmware_functions_, problem)) {
+                fail(problem);
+            }
         } else {
             fail("unknown key '" + key +
                  "' in [target]; keys are name, supply, source_resistance, noise, noise_floor, "
-                 "trigger_delay, powered_by and trigger_input");
+                 "trigger_delay, powered_by, trigger_input and firmware");
         }
     }
 
@@ -239,6 +264,64 @@ class target_reader {
         board_.functions.push_back({key, *start, *start + *size});
     }
 
+    // "<code> = <name>"; the name is checked once all sections are read.
+    void marker_setting(const std::string& key, std::string_view value) {
+        const std::optional<int64_t> code = parse_fixed(key, 0);
+        if (!code || *code < 1 || *code > max_marker_code) {
+            fail("a marker's code must be a whole number from 1 to " +
+                 std::to_string(max_marker_code) + ", not '" + key + "'");
+        }
+        if (!is_name(value)) {
+            fail(name_problem("a marker's name"));
+        }
+        for (const code_marker& other : board_.markers) {
+            if (other.code == *code) {
+                fail("marker " + std::to_string(*code) + " is given twice");
+            }
+        }
+        board_.markers.push_back({static_cast<uint32_t>(*code), std::string(value)});
+        marker_lines_.push_back(line_);
+    }
+
+    // What the board reader would refuse, said here with this file's lines.
+    void check_markers() const {
+        for (size_t i = 0; i < board_.markers.size(); ++i) {
+            const code_marker& marker = board_.markers[i];
+            const std::string code = std::to_string(marker.code);
+            const bool is_mode =
+                std::any_of(board_.modes.begin(), board_.modes.end(),
+                            [&](const operating_mode& mode) { return mode.name == marker.name; });
+            if (!is_mode && defined_.count(marker.name) == 0) {
+                fail_at(file_, marker_lines_[i],
+                        "marker " + code + " names '" + marker.name +
+                            "', which is neither a mode nor a function in [code]" +
+                            (firmware_.empty() ? "" : " or " + firmware_));
+            }
+            if (board_.trigger_input && (marker.code >> *board_.trigger_input & 1u) != 0) {
+                fail_at(file_, marker_lines_[i],
+                        "marker " + code + " sets D" + std::to_string(*board_.trigger_input) +
+                            ", which is the trigger input");
+            }
+        }
+    }
+
+    // The firmware's functions, but those that [code] gives again: an
+    // address written by hand overrides the symbol table. In address order.
+    void add_firmware_functions() {
+        if (firmware_.empty()) {
+            return;
+        }
+        for (code_region& function : firmware_functions_) {
+            if (defined_.insert(function.name).second) {
+                board_.functions.push_back(std::move(function));
+            }
+        }
+        std::sort(board_.functions.begin(), board_.functions.end(),
+                  [](const code_region& a, const code_region& b) {
+                      return a.start != b.start ? a.start < b.start : a.name < b.name;
+                  });
+    }
+
     // A mode's keys are checked when the next section starts or the file ends.
     void close_mode() {
         if (section_ != section::mode) {
@@ -269,15 +352,18 @@ class target_reader {
             fail_at(file_, powered_line_,
                     "powered_by = probe needs a supply from 0.8 V to 5 V, which a probe can give");
         }
+        add_firmware_functions();
         for (size_t m = 0; m < board_.modes.size(); ++m) {
             for (const mode_code& code : board_.modes[m].code) {
                 if (defined_.count(code.function) == 0) {
                     fail_at(file_, mode_lines_[m],
                             "function '" + code.function + "' of mode '" + board_.modes[m].name +
-                                "' is not in [code]");
+                                (firmware_.empty() ? "' is not in [code]"
+                                                   : "' is neither in [code] nor in " + firmware_));
                 }
             }
         }
+        check_markers();
     }
 
     std::string_view file_;
@@ -288,8 +374,12 @@ class target_reader {
     std::set<std::string> target_keys_;
     std::set<std::string> mode_keys_;  // Of the mode being read.
     std::vector<int> mode_lines_;      // Header line of each mode.
+    std::vector<int> marker_lines_;    // Line of each marker.
     int powered_line_ = 0;
-    std::unordered_set<std::string> defined_;  // Functions of [code]; there may be many thousands.
+    // Functions of [code], and at the end of the firmware; there may be many thousands.
+    std::unordered_set<std::string> defined_;
+    std::string firmware_;  // The ELF file's path, empty without one.
+    std::vector<code_region> firmware_functions_;
 };
 
 }  // namespace

@@ -21,17 +21,23 @@ TEST(converter, the_demo_target_gives_the_demo_board) {
     EXPECT_EQ(read_file(dir.file("b.dat")), read_file(demo + "board.dat"));
 }
 
-// What only a probe's source uses reaches the board file.
-TEST(converter, carries_how_the_target_is_powered_and_its_trigger_input) {
+// What only a probe's source uses reaches the board file; [markers] may stand
+// before what it names.
+TEST(converter, carries_how_the_target_is_powered_its_trigger_input_and_markers) {
     scratch_dir dir;
     const std::string input =
         dir.write("t.tgcfg",
-                  "[target]\nname = t\nsupply = 3.3 V\npowered_by = probe\ntrigger_input = D7\n"
-                  "[mode a]\ncurrent = 1 mA\ntime = 1 ms\n");
+                  "[markers]\n127 = f\n1 = a\n[target]\nname = t\nsupply = 3.3 V\n"
+                  "powered_by = probe\ntrigger_input = D7\n[mode a]\ncurrent = 1 mA\n"
+                  "time = 1 ms\n[code]\nf = 0x100 4\n");
     ASSERT_EQ(standin::convert_target_file(input, dir.file("b.dat"), std::cerr), 0);
     const standin::board_model board = standin::read_board_file(dir.file("b.dat"));
     EXPECT_TRUE(board.powered_by_probe);
     EXPECT_EQ(board.trigger_input, 7u);
+    ASSERT_EQ(board.markers.size(), 2u);
+    EXPECT_EQ(board.markers[0].code, 127u);
+    EXPECT_EQ(board.markers[0].name, "f");
+    EXPECT_EQ(board.markers[1].name, "a");
 }
 
 // Refused with a message naming file and line; an older output stays as it was.
@@ -58,7 +64,18 @@ TEST(converter, malformed_targets_are_refused_and_change_no_file) {
         {"[target]\ntrigger_input = D8\n", "2: expected 'trigger_input = D<n>' with n from 0 to 7"},
         {"[target]\nname = t\npowered_by = probe\nsupply = 5.5 V\n[mode a]\ncurrent = 1 A\n"
          "time = 1 s\n",
-         "3: powered_by = probe needs a supply from 0.8 V to 5 V"}};
+         "3: powered_by = probe needs a supply from 0.8 V to 5 V"},
+        {"[markers]\n0 = a\n", "2: a marker's code must be a whole number from 1 to 255, not '0'"},
+        {"[markers]\n256 = a\n", "2: a marker's code must be a whole number from 1 to 255"},
+        {"[markers]\n0x3 = a\n", "2: a marker's code must be a whole number from 1 to 255"},
+        {"[markers]\n3 = a b\n", "2: a marker's name may hold letters, digits"},
+        {"[markers]\n3 = a\n3 = a\n", "3: marker 3 is given twice"},
+        {"[markers]\n3 = a\n[markers]\n", "3: section [markers] is given twice"},
+        {head + "time = 1 s\n[markers]\n1 = a\n2 = f\n",
+         "9: marker 2 names 'f', which is neither a mode nor a function in [code]"},
+        {"[markers]\n2 = a\n[target]\ntrigger_input = D1\nname = t\nsupply = 1 V\n[mode a]\n"
+         "current = 1 A\ntime = 1 s\n",
+         "2: marker 2 sets D1, which is the trigger input"}};
     for (const auto& [content, message] : cases) {
         scratch_dir dir;
         const std::string input = dir.write("t.tgcfg", content);
