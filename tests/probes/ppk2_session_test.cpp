@@ -97,11 +97,6 @@ TEST(ppk2_session, commands_in_order) {
          {0x07, 0x19, 0x07, 0x19, 0x07, 0x19, 0x07},
          "no readable metadata from the device in 3 tries: its data does not stop, or it is not a "
          "PPK2"},
-        {"voltage out of range",
-         {good_reply},
-         [](session& s, fake_port&) { return s.open() && s.power_source(5001); },
-         {0x07, 0x19},
-         "source voltage 5001 mV is out of range; a PPK2 supplies 800 to 5000 mV"},
         {"a failed start still ends with the target off",
          {good_reply},
          [](session& s, fake_port& p) {

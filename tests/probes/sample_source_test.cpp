@@ -10,7 +10,6 @@
 #include "common/atomic_file.h"
 #include "common/board_file.h"
 #include "engine/capture.h"
-#include "engine/production_test.h"
 #include "scratch_dir.h"
 #include "sources.h"
 
@@ -205,38 +204,6 @@ TEST_F(sample_source_test, the_source_is_finished_once_at_every_end) {
     if (limited) {
         EXPECT_EQ(finishes_, 1) << "after a write error";
     }
-}
-
-// A probe that can't measure the voltage must not let its setting pass for
-// a reading; without the firmware's marks sleep and active have no sample.
-TEST(production_test_on_a_source, an_unmeasured_voltage_and_unmarked_modes_are_errors) {
-    standin_test::scratch_dir dir;
-    const prodtest_options options{
-        dir.write("limits.txt",
-                  "measure 10 ms\nrate 1000\nsupply_voltage 2 1% V\nsleep_current 0.1 1% mA\n"
-                  "mean_current 5.5 1% uA\n"),
-        dir.write("plain.dat", standin_test::plain_board), "scripted"};
-    int finishes = 0;
-    std::string error;
-    auto test = standin::sim::production_test::create(
-        options,
-        [&](std::string_view, const standin::sim::source_request& request, std::string&) {
-            EXPECT_EQ(request.rate, 1000);
-            auto source = std::make_unique<scripted_source>();
-            source->script = {{0, 10}}, source->finishes = &finishes;
-            return source;
-        },
-        error);
-    ASSERT_NE(test, nullptr) << error;
-    std::ostringstream out;
-    std::ostringstream errors;
-    EXPECT_EQ(test->run(out, errors), 1);
-    EXPECT_EQ(out.str().substr(0, out.str().find(" (report")),
-              "prodtest: supply_voltage is not measured by the scripted probe: ERROR\n"
-              "prodtest: no sample of sleep_current in the 10 ms measured: ERROR\n"
-              "prodtest: mean_current 5.500 uA, expected 5.5 uA +/- 1%: PASS\n"
-              "prodtest: ERROR, 1 of 3 parameters without a sample, 1 not measured by the probe");
-    EXPECT_EQ(finishes, 1);
 }
 
 // The device word picks the source, and the source's kind what options it

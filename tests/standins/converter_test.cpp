@@ -4,6 +4,7 @@
 
 #include <iostream>
 #include <sstream>
+#include <tuple>
 
 #include "common/board_file.h"
 #include "scratch_dir.h"
@@ -32,12 +33,10 @@ TEST(converter, carries_how_the_target_is_powered_its_trigger_input_and_markers)
                   "time = 1 ms\n[code]\nf = 0x100 4\n");
     ASSERT_EQ(standin::convert_target_file(input, dir.file("b.dat"), std::cerr), 0);
     const standin::board_model board = standin::read_board_file(dir.file("b.dat"));
-    EXPECT_TRUE(board.powered_by_probe);
-    EXPECT_EQ(board.trigger_input, 7u);
     ASSERT_EQ(board.markers.size(), 2u);
-    EXPECT_EQ(board.markers[0].code, 127u);
-    EXPECT_EQ(board.markers[0].name, "f");
-    EXPECT_EQ(board.markers[1].name, "a");
+    EXPECT_EQ(std::tuple(board.powered_by_probe, board.trigger_input, board.markers[0].code,
+                         board.markers[0].name, board.markers[1].name),
+              std::tuple(true, 7u, 127u, "f", "a"));
 }
 
 // Refused with a message naming file and line; an older output stays as it was.
