@@ -207,8 +207,8 @@ TEST_F(sample_source_test, the_source_is_finished_once_at_every_end) {
 }
 
 // The device word picks the source, and the source's kind what options it
-// takes (the PPK2's refusals end to end: e2e/session/ppk2_device.t); every
-// refusal is one line from create.
+// takes (a PPK2's refusals, top rate and unopenable port end to end: e2e/
+// session/ppk2_device.t, ppk2_session_test.py); each refusal is one line.
 TEST(probe_choice, the_device_word_picks_the_source_and_its_limits) {
     struct row {
         const char* device;
@@ -220,7 +220,6 @@ TEST(probe_choice, the_device_word_picks_the_source_and_its_limits) {
     };
     const row rows[] = {
         {"sim", 10'000'000, "ws+", 1, "", ""},
-        {"ppk2:no-such-port", 100'000, "ws", 0, "", "can't open the port 'no-such-port': "},
         {"ppk2:COM5", 1, "ws", 1, "trigger_input D7\n", "can't open the port 'COM5': "},
         {"ppk2:", 2000, "ws", 0, "", "unknown device 'ppk2:'; the probe simulator answers to"},
         {"PPK2", 2000, "ws", 0, "", "unknown device 'PPK2'"},
