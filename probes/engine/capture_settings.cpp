@@ -47,17 +47,18 @@ std::optional<capture_settings> check_capture_settings(const wattscope_options& 
         return std::nullopt;
     }
     settings.trace_plus = trace_mode == "ws+";
-    if (settings.trace_plus && probe.logic_marks && !probe.program_counters &&
-        settings.board.markers.empty()) {
-        error = "trace mode ws+ on " + std::string(probe.name) +
-                " needs the firmware's marks: add 'marker <code> <name>' lines to " + config +
-                ", or use ws";
-        return std::nullopt;
-    }
-    if (settings.trace_plus && !probe.program_counters && !probe.logic_marks) {
-        error = "trace mode ws+ needs program counters, which " + std::string(probe.name) +
-                " does not sample; use ws";
-        return std::nullopt;
+    if (settings.trace_plus && !probe.program_counters) {
+        if (!probe.logic_marks) {
+            error = "trace mode ws+ needs program counters, which " + std::string(probe.name) +
+                    " does not sample; use ws";
+            return std::nullopt;
+        }
+        if (settings.board.markers.empty()) {
+            error = "trace mode ws+ on " + std::string(probe.name) +
+                    " needs the firmware's marks: add 'marker <code> <name>' lines to " + config +
+                    ", or use ws";
+            return std::nullopt;
+        }
     }
     if (format != "csv" && format != "gnuplot") {
         error = "unknown format '" + format + "'; use csv or gnuplot";

@@ -23,8 +23,7 @@ uint64_t averager::period_of(uint64_t sample_index) const {
 
 void averager::add(std::span<const device_sample> samples, std::vector<period>& out,
                    std::vector<logic_share>& shares) {
-    out_ = &out;
-    shares_ = &shares;
+    const sink to{out, shares};
     for (const device_sample& s : samples) {
         if (waiting_) {
             const bool high = (s.logic & trigger_mask_) != 0;
@@ -33,19 +32,17 @@ void averager::add(std::span<const device_sample> samples, std::vector<period>& 
                 continue;
             }
             waiting_ = false;
-            take(s, 0);
+            take(s, 0, to);
             continue;
         }
-        take(s, next_index_ + s.lost_before);
+        take(s, next_index_ + s.lost_before, to);
     }
-    out_ = nullptr;
-    shares_ = nullptr;
 }
 
-void averager::take(const device_sample& s, uint64_t index) {
+void averager::take(const device_sample& s, uint64_t index, const sink& out) {
     if (index >= period_end_) {
         if (count_ > 0) {
-            close();
+            close(out);
         }
         period_ = period_of(index);
         period_end_ = start_of(period_ + 1);
@@ -64,7 +61,7 @@ void averager::take(const device_sample& s, uint64_t index) {
     run_sum_ += s.current;
     next_index_ = index + 1;
     if (next_index_ == period_end_) {
-        close();
+        close(out);
         ++period_;
         period_end_ = start_of(period_ + 1);
     }
@@ -89,15 +86,16 @@ void averager::end_run() {
     run_sum_ = 0;
 }
 
-void averager::close() {
+void averager::close(const sink& out) {
     end_run();
     uint8_t logic = 0;
     for (int b = 0; b < 8; ++b) {
         logic |= static_cast<uint8_t>((2 * high_[b] >= count_ ? 1u : 0u) << b);
     }
-    out_->push_back({period_, sum_ / count_, min_, max_, count_, period_end_ - made_end_ - count_,
-                     logic, clipped_, static_cast<uint32_t>(open_shares_.size())});
-    shares_->insert(shares_->end(), open_shares_.begin(), open_shares_.end());
+    out.periods.push_back({period_, sum_ / count_, min_, max_, count_,
+                           period_end_ - made_end_ - count_, logic, clipped_,
+                           static_cast<uint32_t>(open_shares_.size())});
+    out.shares.insert(out.shares.end(), open_shares_.begin(), open_shares_.end());
     open_shares_.clear();
     made_end_ = period_end_;
     sum_ = 0;

@@ -57,9 +57,15 @@ class averager {
   private:
     uint64_t start_of(uint64_t p) const;
     uint64_t period_of(uint64_t sample_index) const;
-    void take(const device_sample& s, uint64_t index);
+    // Where add() puts what it makes.
+    struct sink {
+        std::vector<period>& periods;
+        std::vector<logic_share>& shares;
+    };
+
+    void take(const device_sample& s, uint64_t index, const sink& out);
     void end_run();
-    void close();
+    void close(const sink& out);
 
     const uint64_t rate_;
     const uint8_t trigger_mask_;
@@ -79,9 +85,6 @@ class averager {
     uint8_t run_logic_ = 0;
     uint32_t run_length_ = 0;
     double run_sum_ = 0;
-    // Where add() appends; set for its call only.
-    std::vector<period>* out_ = nullptr;
-    std::vector<logic_share>* shares_ = nullptr;
 };
 
 }  // namespace probes::ppk2

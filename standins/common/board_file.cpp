@@ -192,10 +192,8 @@ class board_reader {
         marker.code =
             static_cast<uint32_t>(whole_number(words[1], "a marker's code", 1, max_marker_code));
         marker.name = words[2];
-        for (const code_marker& other : board_.markers) {
-            if (other.code == marker.code) {
-                fail("marker " + std::to_string(marker.code) + " is given twice");
-            }
+        if (has_marker_code(board_, marker.code)) {
+            fail("marker " + std::to_string(marker.code) + " is given twice");
         }
         marker_lines_.push_back(line_);
         board_.markers.push_back(std::move(marker));
@@ -205,18 +203,13 @@ class board_reader {
     void check_markers() const {
         for (size_t i = 0; i < board_.markers.size(); ++i) {
             const code_marker& marker = board_.markers[i];
-            const bool is_mode =
-                std::any_of(board_.modes.begin(), board_.modes.end(),
-                            [&](const operating_mode& mode) { return mode.name == marker.name; });
-            if (!is_mode && function_at_.count(marker.name) == 0) {
+            if (!has_mode(board_, marker.name) && function_at_.count(marker.name) == 0) {
                 fail_at(file_, marker_lines_[i],
                         "marker " + std::to_string(marker.code) + " names '" + marker.name +
                             "', which is neither a function nor a mode of the board");
             }
-            if (board_.trigger_input && (marker.code >> *board_.trigger_input & 1u) != 0) {
-                fail_at(file_, marker_lines_[i],
-                        "marker " + std::to_string(marker.code) + " sets D" +
-                            std::to_string(*board_.trigger_input) + ", which is the trigger input");
+            if (const std::string clash = trigger_clash(board_, marker); !clash.empty()) {
+                fail_at(file_, marker_lines_[i], clash);
             }
         }
     }
@@ -275,6 +268,24 @@ std::optional<uint32_t> logic_input(std::string_view word) {
         return std::nullopt;
     }
     return static_cast<uint32_t>(word[1] - '0');
+}
+
+bool has_mode(const board_model& board, std::string_view name) {
+    return std::any_of(board.modes.begin(), board.modes.end(),
+                       [&](const operating_mode& mode) { return mode.name == name; });
+}
+
+bool has_marker_code(const board_model& board, uint32_t code) {
+    return std::any_of(board.markers.begin(), board.markers.end(),
+                       [&](const code_marker& marker) { return marker.code == code; });
+}
+
+std::string trigger_clash(const board_model& board, const code_marker& marker) {
+    if (!board.trigger_input || (marker.code >> *board.trigger_input & 1u) == 0) {
+        return {};
+    }
+    return "marker " + std::to_string(marker.code) + " sets D" +
+           std::to_string(*board.trigger_input) + ", which is the trigger input";
 }
 
 bool probe_can_supply(int64_t supply_uv) {

@@ -274,10 +274,8 @@ class target_reader {
         if (!is_name(value)) {
             fail(name_problem("a marker's name"));
         }
-        for (const code_marker& other : board_.markers) {
-            if (other.code == *code) {
-                fail("marker " + std::to_string(*code) + " is given twice");
-            }
+        if (has_marker_code(board_, static_cast<uint32_t>(*code))) {
+            fail("marker " + std::to_string(*code) + " is given twice");
         }
         board_.markers.push_back({static_cast<uint32_t>(*code), std::string(value)});
         marker_lines_.push_back(line_);
@@ -287,20 +285,14 @@ class target_reader {
     void check_markers() const {
         for (size_t i = 0; i < board_.markers.size(); ++i) {
             const code_marker& marker = board_.markers[i];
-            const std::string code = std::to_string(marker.code);
-            const bool is_mode =
-                std::any_of(board_.modes.begin(), board_.modes.end(),
-                            [&](const operating_mode& mode) { return mode.name == marker.name; });
-            if (!is_mode && defined_.count(marker.name) == 0) {
+            if (!has_mode(board_, marker.name) && defined_.count(marker.name) == 0) {
                 fail_at(file_, marker_lines_[i],
-                        "marker " + code + " names '" + marker.name +
+                        "marker " + std::to_string(marker.code) + " names '" + marker.name +
                             "', which is neither a mode nor a function in [code]" +
                             (firmware_.empty() ? "" : " or " + firmware_));
             }
-            if (board_.trigger_input && (marker.code >> *board_.trigger_input & 1u) != 0) {
-                fail_at(file_, marker_lines_[i],
-                        "marker " + code + " sets D" + std::to_string(*board_.trigger_input) +
-                            ", which is the trigger input");
+            if (const std::string clash = trigger_clash(board_, marker); !clash.empty()) {
+                fail_at(file_, marker_lines_[i], clash);
             }
         }
     }
